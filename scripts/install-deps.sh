@@ -1,0 +1,16 @@
+#!/bin/sh
+# Installs the Debian packages Fizzle builds with, only those missing.
+set -e
+PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
+libgtest-dev libgmock-dev libbenchmark-dev"
+[ -n "$FIZZLE_EXTRA_PACKAGES" ] && PACKAGES="$PACKAGES $FIZZLE_EXTRA_PACKAGES"
+missing=""
+for p in $PACKAGES; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+echo "Installing:$missing"
+SUDO=""
+[ "$(id -u)" -ne 0 ] && SUDO="sudo"
+$SUDO apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends $missing
