@@ -34,6 +34,12 @@ tsan:
 	@cmake --build $(BUILD)-tsan -j $(JOBS) --target bubbles_tests
 	TSAN_OPTIONS=halt_on_error=1 $(BUILD)-tsan/tests/bubbles_tests
 
+# The amplitude-file reader under libFuzzer for a bounded time.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@FIZZLE_EXTRA_PACKAGES="clang libclang-rt-14-dev" ./scripts/install-deps.sh
+	@./scripts/fuzz.sh $(FUZZ_SECONDS)
+
 PREFIX ?= /usr/local/Corvale
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include "spark/spark.h"
-#include "spark/spark_gl.h"
 
 namespace {
 thread_local unsigned int current_worker = 0;
@@ -16,8 +15,6 @@ double sparkAPIVersionInfo(void) { return 4.0; }
 void sparkError(const char *text) { std::fprintf(stderr, "spark error: %s\n", text); }
 void sparkMessage(const char *text) { std::fprintf(stderr, "spark message: %s\n", text); }
 int sparkMessageConfirm(const char *) { return 1; }
-void sparkLoadSetup(SparkInfoStruct *) {}
-void sparkSaveSetup(SparkInfoStruct *) {}
 int sparkMemGetFreeMemory(void) { return 16; }
 int sparkMemGetBuffer(int, SparkMemBufStruct *) { return 0; }
 int sparkGraphSetup(SparkGraphInfoStruct *graph) {
@@ -25,19 +22,9 @@ int sparkGraphSetup(SparkGraphInfoStruct *graph) {
     return 1;
 }
 float sparkGetViewerRatio(void) { return 1.0f; }
-void sparkControlTitle(int, const char *) {}
-void sparkClipControlTitle(int, const char *) {}
-void sparkControlUpdate(int) {}
-void sparkEnableParameter(int, int) {}
-void sparkDisableParameter(int, int) {}
-float sparkGetCurveValuef(int, int, float) { return 0.0f; }
-int sparkSetCurveKey(int, int, float, float) { return 1; }
 void sparkCursorBusy(void) {}
 void sparkViewingCursor(int) {}
 void sparkViewingDraw(void) {}
-void sparkCeAddFolder(int, const char *) {}
-void sparkCeAddControl(int, int, int) {}
-void sparkSetControlName(int, const char *) {}
 void sparkWorkingDir(char *buffer) {
     if (!getcwd(buffer, SPARK_SETUP_PATH_MAX)) std::strcpy(buffer, ".");
 }
@@ -61,12 +48,4 @@ void sparkMpInfo(unsigned int *position, unsigned int *stride) {
     *stride = 1;
 }
 
-void glLoadIdentity(void) {}
-void glTranslatef(GLfloat, GLfloat, GLfloat) {}
-void glScalef(GLfloat, GLfloat, GLfloat) {}
-void glBegin(GLenum) {}
-void glEnd(void) {}
-void glVertex2f(GLfloat, GLfloat) {}
-void glColor3f(GLfloat, GLfloat, GLfloat) {}
-void glFlush(void) {}
 }
