@@ -1,6 +1,8 @@
-// Pauses that let a user read a message the host has just shown.
+// Pauses that give the user time to read a failure message before the host
+// carries on.
 #pragma once
 
-// Sleeps for the given number of seconds, unless FIZZLE_NO_PAUSE=1 was set in
-// the environment when the first pause was asked for (tests and batch runs).
-void pause_seconds(int seconds);
+// Sleeps for the given number of seconds. When the environment variable
+// FIZZLE_NO_PAUSE is "1" at the first call, this and every later pause
+// return at once (for automated runs and tests).
+void PauseForUser(unsigned int seconds);

@@ -5,7 +5,7 @@
 
 #include "framework/pause.h"
 
-AmplitudeImportHost amplitude_import_host = {sparkSetCurveKey, sparkMessage, pause_seconds,
+AmplitudeImportHost amplitude_import_host = {sparkSetCurveKey, sparkMessage, PauseForUser,
                                              sparkWorkingDir, sparkFileBrowserDisplay};
 
 AmplitudeReadResult read_amplitude_keys(FILE *file, const AmplitudeKeySink &on_key) {

@@ -26,11 +26,11 @@ AmplitudeReadResult read_amplitude_keys(FILE *file, const AmplitudeKeySink &on_k
 
 // The host functions the import reaches, replaceable so that the import can
 // be exercised without a host. Defaults: sparkSetCurveKey, sparkMessage,
-// pause_seconds, sparkWorkingDir, sparkFileBrowserDisplay.
+// PauseForUser, sparkWorkingDir, sparkFileBrowserDisplay.
 struct AmplitudeImportHost {
     int (*set_curve_key)(int kind, int control, float frame, float value);
     void (*message)(const char *text);
-    void (*pause)(int seconds);
+    void (*pause)(unsigned int seconds);
     void (*working_dir)(char *buffer);
     void (*file_browser)(const char *directory, const char *extension,
                          SparkFileBrowserCallback callback);
