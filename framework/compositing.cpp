@@ -289,7 +289,7 @@ void ImageQv::Negative(ImageQv *source) {
         if (!matches(*this, source, "Negative", "source")) return;
         op.source = source;
         MultiProcess(&ImageQv::mp_negative, height);
-        // Part of the contract: callers rely on the flag this leaves behind
+        // Kept on purpose: callers rely on the flag this leaves behind
         // to decide who frees the block.
         owns_pixels = 0;
         return;
