@@ -1,0 +1,309 @@
+// Reads and writes setup files, and the setup host functions.
+#include "sparkhost/setup_file.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cfloat>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "sparkhost/curves.h"
+
+namespace sparkhost {
+namespace {
+
+using nlohmann::json;
+
+// A float written as the shortest decimal that reads back as the same
+// float, so that 0.05f is stored as 0.05 and not 0.05000000074505806.
+double short_decimal(float value) {
+    char text[32];
+    for (int precision = 6; precision <= 9; ++precision) {
+        std::snprintf(text, sizeof text, "%.*g", precision, static_cast<double>(value));
+        if (std::strtof(text, nullptr) == value) break;
+    }
+    return std::strtod(text, nullptr);
+}
+
+std::string lower(std::string text) {
+    for (char &c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+std::string describe(const json &value) {
+    if (value.is_string()) return "text";
+    if (value.is_boolean()) return "true/false";
+    if (value.is_number()) return "a number";
+    if (value.is_array()) return "a list";
+    if (value.is_object()) return "an object";
+    return "null";
+}
+
+// One control's new state, checked and ready to write.
+struct PlannedControl {
+    Control *control = nullptr;
+    double value = 0.0;
+    bool has_value = false;
+    std::string text;
+    bool has_text = false;
+    Curve curve;
+};
+
+class SetupReader {
+public:
+    SetupReader(const std::string &path, ControlTable &controls) : path_(path), controls_(controls) {}
+
+    std::vector<PlannedControl> read(const std::string &content) {
+        json document;
+        try {
+            document = json::parse(content);
+        } catch (const json::parse_error &error) {
+            std::string what = error.what();
+            size_t bracket = what.find("] ");
+            fail("not valid JSON: " + (bracket == std::string::npos ? what : what.substr(bracket + 2)));
+        }
+        if (!document.is_object()) fail("the file must hold a JSON object, not " + describe(document));
+        for (const auto &[key, value] : document.items()) {
+            if (key != "format" && key != "version" && key != "controls") fail("unknown entry \"" + key + "\"");
+            (void)value;
+        }
+        if (!document.contains("format") || document["format"] != kSetupFormat)
+            fail(std::string("not a setup file: \"format\" must be \"") + kSetupFormat + "\"");
+        const json &version = document.value("version", json());
+        if (!version.is_number_integer()) fail("\"version\" must be a whole number");
+        if (version.get<long long>() != kSetupVersion)
+            fail("setup version " + version.dump() + " is not supported (this host reads version " +
+                 std::to_string(kSetupVersion) + ")");
+        if (!document.contains("controls") || !document["controls"].is_array())
+            fail("\"controls\" must be a list");
+
+        std::vector<PlannedControl> plan;
+        std::set<int> seen;
+        for (const json &entry : document["controls"]) {
+            plan.push_back(read_control(entry));
+            if (!seen.insert(plan.back().control->number()).second)
+                fail("control " + std::to_string(plan.back().control->number()) + " is listed twice");
+        }
+        return plan;
+    }
+
+    [[noreturn]] void fail(const std::string &problem) const {
+        throw SetupError("setup file \"" + path_ + "\": " + problem);
+    }
+
+private:
+    PlannedControl read_control(const json &entry) {
+        if (!entry.is_object()) fail("each control must be an object, not " + describe(entry));
+        const json &number = entry.value("number", json());
+        if (!number.is_number_integer()) fail("a control without a whole \"number\": " + entry.dump());
+        long long n = number.get<long long>();
+        Control *control = (n >= 0 && n <= SPARK_MAX_CONTROL) ? controls_.find(static_cast<int>(n)) : nullptr;
+        if (!control) fail("control " + std::to_string(n) + " is not a control of this plug-in");
+        std::string where = "control " + std::to_string(n) + " \"" + control->name() + "\"";
+
+        PlannedControl planned;
+        planned.control = control;
+        for (const auto &[key, value] : entry.items()) {
+            if (key == "number") continue;
+            if (key == "kind") {
+                if (!value.is_string() || value.get<std::string>() != kind_name(control->kind()))
+                    fail(where + " is of kind " + kind_name(control->kind()) + ", the file says " + value.dump());
+            } else if (key == "title") {
+                if (!value.is_string() || lower(value.get<std::string>()) != lower(control->name()))
+                    fail(where + " is titled \"" + control->name() + "\" here, the file says " + value.dump());
+            } else if (key == "value") {
+                planned.value = read_value(*control, value, where);
+                planned.has_value = true;
+            } else if (key == "text") {
+                if (!value.is_string()) fail(where + ": \"text\" must be text, not " + describe(value));
+                std::string problem = control->check_text(value.get<std::string>());
+                if (!problem.empty()) fail(problem);
+                planned.text = value.get<std::string>();
+                planned.has_text = true;
+            } else if (key == "curve") {
+                planned.curve = read_curve(value, where);
+            } else {
+                fail(where + ": unknown entry \"" + key + "\"");
+            }
+        }
+        return planned;
+    }
+
+    double read_value(const Control &control, const json &value, const std::string &where) const {
+        double number;
+        if (control.kind() == ControlKind::Boolean && value.is_boolean())
+            number = value.get<bool>() ? 1.0 : 0.0;
+        else if (value.is_number() && control.has_value())
+            number = value.get<double>();
+        else if (!control.has_value())
+            fail(where + " takes no \"value\"" + (control.kind() == ControlKind::String ? " (use \"text\")" : ""));
+        else
+            fail(where + ": \"value\" must be a number, not " + describe(value));
+        std::string problem = control.check_value(number);
+        if (!problem.empty()) fail(problem);
+        return number;
+    }
+
+    Curve read_curve(const json &keys, const std::string &where) const {
+        if (!keys.is_array()) fail(where + ": \"curve\" must be a list of [frame, value] pairs");
+        Curve curve;
+        for (const json &key : keys) {
+            if (!key.is_array() || key.size() != 2 || !key[0].is_number() || !key[1].is_number())
+                fail(where + ": curve key " + key.dump() + " is not a [frame, value] pair of numbers");
+            double frame = key[0].get<double>(), value = key[1].get<double>();
+            if (std::fabs(frame) > FLT_MAX || std::fabs(value) > FLT_MAX)
+                fail(where + ": curve key " + key.dump() + " is too large");
+            if (curve.keys().count(static_cast<float>(frame)))
+                fail(where + ": the curve has two keys at frame " + key[0].dump());
+            curve.set_key(static_cast<float>(frame), static_cast<float>(value));
+        }
+        return curve;
+    }
+
+    std::string path_;
+    ControlTable &controls_;
+};
+
+json control_entry(const Control &control, const std::map<int, Curve> &curves) {
+    json entry = {{"number", control.number()}, {"kind", kind_name(control.kind())}, {"title", control.name()}};
+    switch (control.kind()) {
+    case ControlKind::Float: entry["value"] = short_decimal(static_cast<float>(control.value())); break;
+    case ControlKind::Boolean: entry["value"] = control.value() != 0.0; break;
+    case ControlKind::Int:
+    case ControlKind::Pup:
+    case ControlKind::Color: entry["value"] = static_cast<long long>(control.value()); break;
+    case ControlKind::String: entry["text"] = control.text(); break;
+    case ControlKind::Push: break;
+    }
+    auto curve = curves.find(control.number());
+    if (curve != curves.end()) {
+        json keys = json::array();
+        for (const auto &[frame, value] : curve->second.keys())
+            keys.push_back({short_decimal(frame), short_decimal(value)});
+        entry["curve"] = keys;
+    }
+    return entry;
+}
+
+std::string read_whole_file(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw SetupError("cannot open setup file \"" + path + "\": " + std::strerror(errno));
+    std::ostringstream content;
+    content << in.rdbuf();
+    if (in.bad()) throw SetupError("cannot read setup file \"" + path + "\"");
+    return content.str();
+}
+
+ControlTable &registered_or_fail(const std::string &path) {
+    ControlTable *controls = registered_controls();
+    if (!controls) throw SetupError("setup file \"" + path + "\": no plug-in controls are registered with the host");
+    return *controls;
+}
+
+std::mutex error_mutex;
+std::string last_error;
+
+void remember_error(const std::string &message) {
+    std::lock_guard<std::mutex> lock(error_mutex);
+    last_error = message;
+}
+
+// The path in the record, or nothing when the record names no file.
+std::string setup_path(const SparkInfoStruct *info, const char *function) {
+    if (!info) throw SetupError(std::string(function) + ": no info record");
+    size_t length = strnlen(info->SetupPath, SPARK_SETUP_PATH_MAX);
+    if (length == SPARK_SETUP_PATH_MAX) throw SetupError(std::string(function) + ": the setup path is not terminated");
+    return std::string(info->SetupPath, length);
+}
+
+}  // namespace
+
+void save_setup(const std::string &path, ControlTable &controls) {
+    std::map<int, Curve> curves = all_curves();
+    json entries = json::array();
+    for (const Control &control : controls.controls()) entries.push_back(control_entry(control, curves));
+    json document = {{"format", kSetupFormat}, {"version", kSetupVersion}, {"controls", entries}};
+
+    // Written aside and renamed so that a failed save never leaves half a file.
+    std::string temporary = path + ".tmp";
+    {
+        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+        if (!out) throw SetupError("cannot write setup file \"" + path + "\": " + std::strerror(errno));
+        out << document.dump(2) << '\n';
+        out.flush();
+        if (!out) {
+            std::remove(temporary.c_str());
+            throw SetupError("cannot write setup file \"" + path + "\"");
+        }
+    }
+    std::error_code error;
+    std::filesystem::rename(temporary, path, error);
+    if (error) {
+        std::remove(temporary.c_str());
+        throw SetupError("cannot write setup file \"" + path + "\": " + error.message());
+    }
+}
+
+void load_setup(const std::string &path, ControlTable &controls) {
+    std::vector<PlannedControl> plan = SetupReader(path, controls).read(read_whole_file(path));
+    for (PlannedControl &planned : plan) {
+        if (planned.has_value) planned.control->set_value(planned.value);
+        if (planned.has_text) planned.control->set_text(planned.text);
+        set_curve(planned.control->number(), planned.curve);
+    }
+}
+
+void save_setup(const std::string &path) { save_setup(path, registered_or_fail(path)); }
+
+void load_setup(const std::string &path) { load_setup(path, registered_or_fail(path)); }
+
+std::string last_setup_error() {
+    std::lock_guard<std::mutex> lock(error_mutex);
+    return last_error;
+}
+
+}  // namespace sparkhost
+
+// ---------------------------------------------------------------------------
+// Host functions
+
+extern "C" {
+
+// A setup path that names no file yet is the first use of the plug-in:
+// nothing to restore, and the later save creates it.
+void sparkLoadSetup(SparkInfoStruct *info) {
+    sparkhost::remember_error({});
+    try {
+        std::string path = sparkhost::setup_path(info, "sparkLoadSetup");
+        if (path.empty()) return;
+        std::error_code error;
+        if (!std::filesystem::exists(path, error)) return;
+        sparkhost::load_setup(path);
+    } catch (const std::exception &error) {
+        sparkhost::remember_error(error.what());
+        sparkError(error.what());
+    }
+}
+
+void sparkSaveSetup(SparkInfoStruct *info) {
+    sparkhost::remember_error({});
+    try {
+        std::string path = sparkhost::setup_path(info, "sparkSaveSetup");
+        if (path.empty()) return;
+        sparkhost::save_setup(path);
+    } catch (const std::exception &error) {
+        sparkhost::remember_error(error.what());
+        sparkError(error.what());
+    }
+}
+
+}  // extern "C"
