@@ -249,9 +249,3 @@ TEST_F(Widgets, AngleTipSetsDegreesWrappedAndLimited) {
     EXPECT_FLOAT_EQ(spoke.angle, 180.0f);
     EXPECT_THAT(updates(), ElementsAre(22, 22));
 }
-
-TEST_F(Widgets, NewWidgetsAreShownAndWhite) {
-    LineOverlayQv line;
-    EXPECT_EQ(line.shown, 1);
-    EXPECT_THAT(line.colour, ElementsAre(65535, 65535, 65535, 65535));
-}
