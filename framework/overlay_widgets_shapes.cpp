@@ -1,0 +1,196 @@
+// The angle, circle and rectangle widgets: the crosshair's pick-and-drag
+// pattern applied to their handles.
+#include <cmath>
+
+#include "framework/overlay_widgets.h"
+#include "framework/overlay_widgets_common.h"
+
+using namespace overlay_widgets;
+
+namespace {
+const double kDegreesPerRadian = 57.29577951308232;
+}
+
+// ---- AngleOverlayQv ---------------------------------------------------------
+
+void AngleOverlayQv::Bind(OverlayQv *drawing, int angle_index, SparkFloatStruct *angle_record) {
+    overlay = drawing;
+    index = angle_index;
+    record = angle_record;
+}
+
+void AngleOverlayQv::SetCentre(float new_x, float new_y) {
+    centre_x = new_x;
+    centre_y = new_y;
+}
+
+void AngleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
+    if (!accepts(overlay, type)) return;
+    bool over = overlay->OverHandle(screen_x, screen_y, mx, my);
+    switch (type) {
+    case InterMove:
+        highlighted = over;
+        break;
+    case InterPress:
+        highlighted = grabbed = over;
+        break;
+    case InterDrag:
+        if (grabbed) {
+            double dx = mx - double(centre_x) * overlay->viewer_width;
+            double dy = my - double(centre_y) * overlay->viewer_height;
+            if (dx != 0.0 || dy != 0.0) {
+                double degrees = std::atan2(dy, dx) * kDegreesPerRadian;
+                angle = static_cast<float>(degrees < 0.0 ? degrees + 360.0 : degrees);
+            }
+        }
+        break;
+    case InterRelease:
+        HandleInteractionPlat(type, mx, my);
+        grabbed = 0;
+        return;
+    }
+    HandleInteractionPlat(type, mx, my);
+}
+
+// The angle record holds degrees, not percent.
+void AngleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
+    if (type != InterDrag || !grabbed || !record) return;
+    if (angle > record->Max) angle = record->Max;
+    if (record->Min > angle) angle = record->Min;
+    record->Value = angle;
+    sparkControlUpdate(index);
+}
+
+// ---- CircleOverlayQv --------------------------------------------------------
+
+void CircleOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_rec,
+                           SparkFloatStruct *y_rec, int radius_index,
+                           SparkFloatStruct *radius_rec) {
+    overlay = drawing;
+    index = x_index;
+    record = x_rec;
+    y_record = y_rec;
+    index2 = radius_index;
+    radius_record = radius_rec;
+}
+
+void CircleOverlayQv::SetCircle(float new_x, float new_y, float new_radius) {
+    x = new_x;
+    y = new_y;
+    radius = new_radius;
+}
+
+void CircleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
+    if (!accepts(overlay, type)) return;
+    const float handles[2][2] = {{screen_x, screen_y}, {rim_x, rim_y}};
+    int under = handle_under(*overlay, handles, 2, mx, my);
+    switch (type) {
+    case InterMove:
+        highlighted = under;
+        break;
+    case InterPress:
+        highlighted = grabbed = under;
+        break;
+    case InterDrag:
+        if (grabbed == 1) {
+            x = mx / overlay->viewer_width;
+            y = my / overlay->viewer_height;
+        } else if (grabbed == 2) {
+            double dx = mx - double(x) * overlay->viewer_width;
+            double dy = my - double(y) * overlay->viewer_height;
+            radius = static_cast<float>(std::sqrt(dx * dx + dy * dy) / overlay->viewer_width);
+        }
+        break;
+    case InterRelease:
+        HandleInteractionPlat(type, mx, my);
+        grabbed = 0;
+        return;
+    }
+    HandleInteractionPlat(type, mx, my);
+}
+
+void CircleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
+    if (type != InterDrag) return;
+    if (grabbed == 1 && record) {
+        limit_to_maximum(x, record);
+        limit_to_maximum(y, y_record);
+        limit_to_minimum(x, record);
+        limit_to_minimum(y, y_record);
+        write_percent(record, x);
+        write_percent(y_record, y);
+        sparkControlUpdate(index);
+        sparkControlUpdate(index + 1);
+    } else if (grabbed == 2 && radius_record) {
+        limit_to_range(radius, radius_record);
+        write_percent(radius_record, radius);
+        sparkControlUpdate(index2);
+    }
+}
+
+// ---- RectangleOverlayQv -----------------------------------------------------
+
+void RectangleOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_rec,
+                              SparkFloatStruct *y_rec, int x2_index, SparkFloatStruct *x2_rec,
+                              SparkFloatStruct *y2_rec) {
+    overlay = drawing;
+    index = x_index;
+    record = x_rec;
+    y_record = y_rec;
+    index2 = x2_index;
+    x2_record = x2_rec;
+    y2_record = y2_rec;
+}
+
+void RectangleOverlayQv::SetCorners(float new_x, float new_y, float new_x2, float new_y2) {
+    x = new_x;
+    y = new_y;
+    x2 = new_x2;
+    y2 = new_y2;
+}
+
+void RectangleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
+    if (!accepts(overlay, type)) return;
+    const float handles[2][2] = {{screen_x, screen_y}, {screen_x2, screen_y2}};
+    int under = handle_under(*overlay, handles, 2, mx, my);
+    switch (type) {
+    case InterMove:
+        highlighted = under;
+        break;
+    case InterPress:
+        highlighted = grabbed = under;
+        break;
+    case InterDrag:
+        if (grabbed == 1) {
+            x = mx / overlay->viewer_width;
+            y = my / overlay->viewer_height;
+        } else if (grabbed == 2) {
+            x2 = mx / overlay->viewer_width;
+            y2 = my / overlay->viewer_height;
+        }
+        break;
+    case InterRelease:
+        HandleInteractionPlat(type, mx, my);
+        grabbed = 0;
+        return;
+    }
+    HandleInteractionPlat(type, mx, my);
+}
+
+void RectangleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
+    if (type != InterDrag) return;
+    if (grabbed == 1 && record) {
+        limit_to_range(x, record);
+        limit_to_range(y, y_record);
+        write_percent(record, x);
+        write_percent(y_record, y);
+        sparkControlUpdate(index);
+        sparkControlUpdate(index + 1);
+    } else if (grabbed == 2 && x2_record) {
+        limit_to_range(x2, x2_record);
+        limit_to_range(y2, y2_record);
+        write_percent(x2_record, x2);
+        write_percent(y2_record, y2);
+        sparkControlUpdate(index2);
+        sparkControlUpdate(index2 + 1);
+    }
+}

@@ -1,0 +1,108 @@
+// Colour controls: packing both ways, sliders, hiding and freezing.
+#include "framework/controls.h"
+#include "host_log_fixture.h"
+
+using ::testing::ElementsAre;
+
+namespace {
+
+SparkFloatStruct slider(float value, float min, float max) {
+    SparkFloatStruct record{};
+    record.Value = value;
+    record.Min = min;
+    record.Max = max;
+    record.Title = "Colour R: %.2f";
+    return record;
+}
+
+struct ColourWithSliders {
+    SparkColorStruct word{0, nullptr};
+    SparkColorStruct second{0, nullptr};
+    SparkFloatStruct red = slider(10.0f, 5.0f, 95.0f), green = slider(20.0f, 5.0f, 95.0f),
+                     blue = slider(30.0f, 5.0f, 95.0f);
+    AuxQv aux;
+    ColourControlQv control;
+
+    explicit ColourWithSliders(int index) {
+        aux.sliders[0] = &red;
+        aux.sliders[1] = &green;
+        aux.sliders[2] = &blue;
+        aux.second_colour = &second;
+        control.Bind(index, &word, &aux);
+    }
+};
+
+}  // namespace
+
+using ColourControls = HostLogTest;
+
+TEST_F(ColourControls, SyncFillsLowBitsGetValueDoesNot) {
+    SparkColorStruct host{0x000080FFu, nullptr};  // red 255, green 128, blue 0
+    ColourControlQv colour;
+    colour.Bind(401, &host, nullptr);
+    colour.Sync();
+    EXPECT_THAT(colour.cached, ElementsAre(32767, 16448, 0, 32767));
+
+    int r, g, b, a;
+    colour.GetValue(-1.0, r, g, b, a);
+    EXPECT_EQ(r, 32640);
+    EXPECT_EQ(g, 16384);
+    EXPECT_EQ(b, 0);
+    EXPECT_EQ(a, 32767);
+}
+
+TEST_F(ColourControls, SetValuePacksWithOpaqueTopByteAndIgnoresAlpha) {
+    SparkColorStruct host{0, nullptr};
+    ColourControlQv colour;
+    colour.Bind(402, &host, nullptr);
+    colour.SetValue(-1.0, 32767, 16448, 127, 0);
+    EXPECT_EQ(host.Value, 0xFF0080FFu);
+    EXPECT_THAT(colour.cached, ElementsAre(32767, 16448, 0, 32767));
+    EXPECT_THAT(updates(), ElementsAre(402));
+}
+
+TEST_F(ColourControls, SetValueWithSlidersWritesPercentOfTheByte) {
+    ColourWithSliders colour(403);
+    colour.control.SetValue(-1.0, 32767, 16448, 0, 32767);
+    EXPECT_EQ(colour.red.Value, static_cast<float>(255 / 2.55));
+    EXPECT_EQ(colour.green.Value, static_cast<float>(128 / 2.55));
+    EXPECT_EQ(colour.blue.Value, 0.0f);
+    EXPECT_THAT(updates(), ElementsAre(403, 404, 405, 406));
+}
+
+TEST_F(ColourControls, HideCoversTheSlidersOnlyWhenThereAreThree) {
+    ColourWithSliders with(410);
+    with.control.Hide(true);
+    EXPECT_THAT(calls(), ElementsAre(disable(410), disable(411), disable(412), disable(413)));
+
+    sparkhost::control_log().clear();
+    SparkColorStruct host{0, nullptr};
+    SparkFloatStruct only = slider(1.0f, 0.0f, 100.0f);
+    AuxQv partial;
+    partial.sliders[0] = &only;
+    ColourControlQv without;
+    without.Bind(420, &host, &partial);
+    EXPECT_FALSE(without.has_sliders());
+    without.Hide(false);
+    EXPECT_THAT(calls(), ElementsAre(enable(420)));
+}
+
+TEST_F(ColourControls, FreezingPinsSlidersThawingOpensThemToHundred) {
+    ColourWithSliders colour(430);
+    colour.word.Value = 0xFF112233u;
+    colour.control.Disable(true);
+    EXPECT_EQ(colour.green.Min, 20.0f);
+    EXPECT_EQ(colour.green.Max, 20.0f);
+    EXPECT_EQ(colour.second.Value, 0xFF112233u);
+
+    colour.word.Value = 0xFF445566u;
+    colour.control.Disable(false);
+    EXPECT_EQ(colour.red.Min, 0.0f);  // not the 5..95 the slider had before
+    EXPECT_EQ(colour.red.Max, 100.0f);
+    EXPECT_EQ(colour.second.Value, 0xFF445566u);
+    EXPECT_THAT(updates(), ElementsAre(431, 432, 433, 430, 431, 432, 433, 430));
+
+    sparkhost::control_log().clear();
+    colour.control.Disable(false);
+    EXPECT_TRUE(calls().empty());
+}

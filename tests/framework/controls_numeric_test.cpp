@@ -1,0 +1,174 @@
+// Integer, float, angle and size controls: units, static and animated reads,
+// host writes, hiding and freezing.
+#include <cstring>
+
+#include "framework/controls.h"
+#include "host_log_fixture.h"
+
+using ::testing::ElementsAre;
+
+namespace {
+
+SparkFloatStruct float_record(float value, float min, float max, const char *title = "F: %.2f") {
+    SparkFloatStruct record{};
+    record.Value = value;
+    record.Min = min;
+    record.Max = max;
+    record.Increment = 1.0f;
+    record.Title = title;
+    return record;
+}
+
+SparkIntStruct int_record(int value, int min, int max) {
+    SparkIntStruct record{};
+    record.Value = value;
+    record.Min = min;
+    record.Max = max;
+    record.Title = "I: %d";
+    return record;
+}
+
+}  // namespace
+
+using NumericControls = HostLogTest;
+
+TEST_F(NumericControls, IntegerStaticReadKeepsLastSyncAnimatedReadTruncatesCurve) {
+    SparkIntStruct host = int_record(7, 1, 1000);
+    IntegerControlQv control;
+    control.Bind(201, &host, nullptr);
+    control.Sync();
+    host.Value = 9;
+    EXPECT_EQ(control.GetValue(-1.0), 7);
+
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 201, 5.0f, 12.7f);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 201, 6.0f, -12.7f);
+    EXPECT_EQ(control.GetValue(5.0), 12);
+    EXPECT_EQ(control.GetValue(6.0), -12);
+    EXPECT_TRUE(calls().empty());
+}
+
+TEST_F(NumericControls, SetValueWritesHostUpdatesOnceAndResyncs) {
+    SparkIntStruct integer_host = int_record(7, 1, 1000);
+    IntegerControlQv integer;
+    integer.Bind(202, &integer_host, nullptr);
+    integer.SetValue(-1.0, 42);
+    EXPECT_EQ(integer_host.Value, 42);
+    EXPECT_EQ(integer.GetValue(-1.0), 42);
+
+    SparkFloatStruct float_host = float_record(1.0f, 0.0f, 10.0f);
+    FloatControlQv real;
+    real.Bind(203, &float_host, nullptr);
+    real.SetValue(-1.0, 0.1);
+    EXPECT_EQ(float_host.Value, 0.1f);
+    EXPECT_EQ(real.GetValue(-1.0), double(0.1f));  // the cache holds what the host holds
+
+    AngleControlQv angle;
+    SparkFloatStruct angle_host = float_record(90.0f, 0.0f, 360.0f);
+    angle.Bind(204, &angle_host, nullptr);
+    angle.SetValue(3.0, 45.0);  // degrees stay degrees; the frame is ignored
+    EXPECT_EQ(angle_host.Value, 45.0f);
+    EXPECT_EQ(angle.GetValue(-1.0), 45.0);
+    EXPECT_THAT(updates(), ElementsAre(202, 203, 204));
+}
+
+TEST_F(NumericControls, SizeDividesTwiceOnStaticReadOnceOnAnimatedRead) {
+    SparkFloatStruct host = float_record(50.0f, 0.0f, 300.0f);
+    SizeControlQv size;
+    size.Bind(205, &host, nullptr);
+    size.Sync();
+    EXPECT_DOUBLE_EQ(size.cached, 0.5);
+    EXPECT_DOUBLE_EQ(size.GetValue(-1.0), 0.005);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 205, 3.0f, 50.0f);
+    EXPECT_DOUBLE_EQ(size.GetValue(3.0), 0.5);
+
+    size.SetValue(-1.0, 0.25);
+    EXPECT_EQ(host.Value, 25.0f);
+    EXPECT_DOUBLE_EQ(size.cached, 0.25);
+    EXPECT_THAT(updates(), ElementsAre(205));
+}
+
+TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
+    SparkFloatStruct host = float_record(10.0f, -300.0f, 300.0f);
+    FloatControlQv control;
+    control.Bind(206, &host, nullptr);
+    host.Value = 12.0f;
+
+    control.Disable(true);
+    EXPECT_EQ(host.Min, 12.0f);
+    EXPECT_EQ(host.Max, 12.0f);
+    EXPECT_STREQ(host.Title, "F: %.2f");
+    control.Disable(false);
+    EXPECT_EQ(host.Min, -300.0f);
+    EXPECT_EQ(host.Max, 300.0f);
+    EXPECT_THAT(updates(), ElementsAre(206, 206));
+
+    SparkIntStruct integer_host = int_record(3, 0, 100);
+    AuxQv aux;
+    aux.has_range = true;
+    aux.range[0] = 1;
+    aux.range[1] = 50;
+    IntegerControlQv integer;
+    integer.Bind(207, &integer_host, &aux);
+    integer.Disable(true);
+    EXPECT_EQ(integer_host.Min, 3);
+    EXPECT_EQ(integer_host.Max, 3);
+    integer.Disable(false);
+    EXPECT_EQ(integer_host.Min, 1);  // the range given at binding, not the one found there
+    EXPECT_EQ(integer_host.Max, 50);
+}
+
+TEST_F(NumericControls, DisableWithUnchangedStateDoesNothing) {
+    SparkFloatStruct host = float_record(10.0f, 0.0f, 100.0f);
+    SizeControlQv control;
+    control.Bind(208, &host, nullptr);
+    control.Disable(false);
+    EXPECT_EQ(host.Min, 0.0f);
+    EXPECT_TRUE(calls().empty());
+
+    control.Disable(true);
+    sparkhost::control_log().clear();
+    host.Value = 20.0f;
+    control.Disable(true);
+    EXPECT_EQ(host.Min, 10.0f);
+    EXPECT_EQ(host.Max, 10.0f);
+    EXPECT_TRUE(calls().empty());
+}
+
+TEST_F(NumericControls, HideDisablesAndShowEnablesItsEntry) {
+    SparkIntStruct host = int_record(1, 0, 5);
+    IntegerControlQv control;
+    control.Bind(209, &host, nullptr);
+    control.Hide(true);
+    EXPECT_TRUE(control.hidden);
+    EXPECT_FALSE(sparkhost::control_log().enabled(209));
+    control.Hide(false);
+    EXPECT_TRUE(sparkhost::control_log().enabled(209));
+    EXPECT_THAT(calls(), ElementsAre(disable(209), enable(209)));
+}
+
+TEST_F(NumericControls, UnboundControlKeepsItsCacheAndCallsNoHost) {
+    FloatControlQv control;
+    control.cached = 3.5;
+    control.Sync();
+    control.SetValue(-1.0, 9.0);
+    control.Hide(true);
+    control.Disable(true);
+    EXPECT_EQ(control.GetValue(4.0), 3.5);
+    EXPECT_TRUE(control.disabled);
+    EXPECT_TRUE(calls().empty());
+}
+
+TEST(ControlBinding, BindSetsIndexRecordAuxAndFlagBytes) {
+    SparkFloatStruct host = float_record(1.0f, 0.0f, 2.0f);
+    AuxQv aux;
+    FloatControlQv control;
+    EXPECT_EQ(control.live, 1);
+    EXPECT_FALSE(control.WantsDefaultCallback());
+    control.Bind(11, &host, &aux);
+    EXPECT_EQ(control.index, 11);
+    EXPECT_EQ(control.host_value, &host);
+    EXPECT_EQ(control.aux, &aux);
+    EXPECT_EQ(control.host_flags[0], 0);
+    EXPECT_EQ(control.host_flags[1], 1);
+    EXPECT_TRUE(control.WantsDefaultCallback());
+}
