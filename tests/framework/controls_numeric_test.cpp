@@ -35,13 +35,13 @@ using NumericControls = HostLogTest;
 TEST_F(NumericControls, IntegerStaticReadKeepsLastSyncAnimatedReadTruncatesCurve) {
     SparkIntStruct host = int_record(7, 1, 1000);
     IntegerControlQv control;
-    control.Bind(201, &host, nullptr);
+    control.Bind(41, &host, nullptr);
     control.Sync();
     host.Value = 9;
     EXPECT_EQ(control.GetValue(-1.0), 7);
 
-    sparkSetCurveKey(SPARK_CURVE_CONTROL, 201, 5.0f, 12.7f);
-    sparkSetCurveKey(SPARK_CURVE_CONTROL, 201, 6.0f, -12.7f);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 41, 5.0f, 12.7f);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 41, 6.0f, -12.7f);
     EXPECT_EQ(control.GetValue(5.0), 12);
     EXPECT_EQ(control.GetValue(6.0), -12);
     EXPECT_TRUE(calls().empty());
@@ -50,47 +50,47 @@ TEST_F(NumericControls, IntegerStaticReadKeepsLastSyncAnimatedReadTruncatesCurve
 TEST_F(NumericControls, SetValueWritesHostUpdatesOnceAndResyncs) {
     SparkIntStruct integer_host = int_record(7, 1, 1000);
     IntegerControlQv integer;
-    integer.Bind(202, &integer_host, nullptr);
+    integer.Bind(42, &integer_host, nullptr);
     integer.SetValue(-1.0, 42);
     EXPECT_EQ(integer_host.Value, 42);
     EXPECT_EQ(integer.GetValue(-1.0), 42);
 
     SparkFloatStruct float_host = float_record(1.0f, 0.0f, 10.0f);
     FloatControlQv real;
-    real.Bind(203, &float_host, nullptr);
+    real.Bind(43, &float_host, nullptr);
     real.SetValue(-1.0, 0.1);
     EXPECT_EQ(float_host.Value, 0.1f);
     EXPECT_EQ(real.GetValue(-1.0), double(0.1f));  // the cache holds what the host holds
 
     AngleControlQv angle;
     SparkFloatStruct angle_host = float_record(90.0f, 0.0f, 360.0f);
-    angle.Bind(204, &angle_host, nullptr);
+    angle.Bind(44, &angle_host, nullptr);
     angle.SetValue(3.0, 45.0);  // degrees stay degrees; the frame is ignored
     EXPECT_EQ(angle_host.Value, 45.0f);
     EXPECT_EQ(angle.GetValue(-1.0), 45.0);
-    EXPECT_THAT(updates(), ElementsAre(202, 203, 204));
+    EXPECT_THAT(updates(), ElementsAre(42, 43, 44));
 }
 
 TEST_F(NumericControls, SizeDividesTwiceOnStaticReadOnceOnAnimatedRead) {
     SparkFloatStruct host = float_record(50.0f, 0.0f, 300.0f);
     SizeControlQv size;
-    size.Bind(205, &host, nullptr);
+    size.Bind(45, &host, nullptr);
     size.Sync();
     EXPECT_DOUBLE_EQ(size.cached, 0.5);
     EXPECT_DOUBLE_EQ(size.GetValue(-1.0), 0.005);
-    sparkSetCurveKey(SPARK_CURVE_CONTROL, 205, 3.0f, 50.0f);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 45, 3.0f, 50.0f);
     EXPECT_DOUBLE_EQ(size.GetValue(3.0), 0.5);
 
     size.SetValue(-1.0, 0.25);
     EXPECT_EQ(host.Value, 25.0f);
     EXPECT_DOUBLE_EQ(size.cached, 0.25);
-    EXPECT_THAT(updates(), ElementsAre(205));
+    EXPECT_THAT(updates(), ElementsAre(45));
 }
 
 TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
     SparkFloatStruct host = float_record(10.0f, -300.0f, 300.0f);
     FloatControlQv control;
-    control.Bind(206, &host, nullptr);
+    control.Bind(46, &host, nullptr);
     host.Value = 12.0f;
 
     control.Disable(true);
@@ -100,7 +100,7 @@ TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
     control.Disable(false);
     EXPECT_EQ(host.Min, -300.0f);
     EXPECT_EQ(host.Max, 300.0f);
-    EXPECT_THAT(updates(), ElementsAre(206, 206));
+    EXPECT_THAT(updates(), ElementsAre(46, 46));
 
     SparkIntStruct integer_host = int_record(3, 0, 100);
     AuxQv aux;
@@ -108,7 +108,7 @@ TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
     aux.range[0] = 1;
     aux.range[1] = 50;
     IntegerControlQv integer;
-    integer.Bind(207, &integer_host, &aux);
+    integer.Bind(47, &integer_host, &aux);
     integer.Disable(true);
     EXPECT_EQ(integer_host.Min, 3);
     EXPECT_EQ(integer_host.Max, 3);
@@ -120,7 +120,7 @@ TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
 TEST_F(NumericControls, DisableWithUnchangedStateDoesNothing) {
     SparkFloatStruct host = float_record(10.0f, 0.0f, 100.0f);
     SizeControlQv control;
-    control.Bind(208, &host, nullptr);
+    control.Bind(48, &host, nullptr);
     control.Disable(false);
     EXPECT_EQ(host.Min, 0.0f);
     EXPECT_TRUE(calls().empty());
@@ -137,13 +137,13 @@ TEST_F(NumericControls, DisableWithUnchangedStateDoesNothing) {
 TEST_F(NumericControls, HideDisablesAndShowEnablesItsEntry) {
     SparkIntStruct host = int_record(1, 0, 5);
     IntegerControlQv control;
-    control.Bind(209, &host, nullptr);
+    control.Bind(49, &host, nullptr);
     control.Hide(true);
     EXPECT_TRUE(control.hidden);
-    EXPECT_FALSE(sparkhost::control_log().enabled(209));
+    EXPECT_FALSE(sparkhost::control_log().enabled(49));
     control.Hide(false);
-    EXPECT_TRUE(sparkhost::control_log().enabled(209));
-    EXPECT_THAT(calls(), ElementsAre(disable(209), enable(209)));
+    EXPECT_TRUE(sparkhost::control_log().enabled(49));
+    EXPECT_THAT(calls(), ElementsAre(disable(49), enable(49)));
 }
 
 TEST_F(NumericControls, UnboundControlKeepsItsCacheAndCallsNoHost) {

@@ -42,9 +42,9 @@ SparkStringStruct string_record(const char *text) {
 using PositionAndTextControls = HostLogTest;
 
 TEST_F(PositionAndTextControls, PositionReadsBothCurvesInFractionsAndSyncCachesNothing) {
-    Position position(501);
-    sparkSetCurveKey(SPARK_CURVE_CONTROL, 501, 2.0f, 40.0f);
-    sparkSetCurveKey(SPARK_CURVE_CONTROL, 502, 2.0f, 60.0f);
+    Position position(51);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 51, 2.0f, 40.0f);
+    sparkSetCurveKey(SPARK_CURVE_CONTROL, 52, 2.0f, 60.0f);
     double x, y;
     position.control.GetValue(2.0, x, y);
     EXPECT_DOUBLE_EQ(x, 0.4);
@@ -58,15 +58,15 @@ TEST_F(PositionAndTextControls, PositionReadsBothCurvesInFractionsAndSyncCachesN
 }
 
 TEST_F(PositionAndTextControls, PositionWritesPercentOnBothEntries) {
-    Position position(503);
+    Position position(53);
     position.control.SetValue(-1.0, 0.25, 0.75);
     EXPECT_EQ(position.x.Value, 25.0f);
     EXPECT_EQ(position.y.Value, 75.0f);
-    EXPECT_THAT(updates(), ElementsAre(503, 504));
+    EXPECT_THAT(updates(), ElementsAre(53, 54));
 }
 
 TEST_F(PositionAndTextControls, PositionFreezesAndRestoresBothRanges) {
-    Position position(505);
+    Position position(55);
     position.control.Disable(true);
     EXPECT_EQ(position.x.Min, 1.0f);
     EXPECT_EQ(position.x.Max, 1.0f);
@@ -75,11 +75,11 @@ TEST_F(PositionAndTextControls, PositionFreezesAndRestoresBothRanges) {
     position.control.Disable(false);
     EXPECT_EQ(position.x.Min, -300.0f);
     EXPECT_EQ(position.y.Max, 300.0f);
-    EXPECT_THAT(updates(), ElementsAre(505, 506, 505, 505, 506, 505));
+    EXPECT_THAT(updates(), ElementsAre(55, 56, 55, 55, 56, 55));
 
     sparkhost::control_log().clear();
     position.control.Hide(true);
-    EXPECT_THAT(calls(), ElementsAre(disable(505), disable(506)));
+    EXPECT_THAT(calls(), ElementsAre(disable(55), disable(56)));
 }
 
 TEST_F(PositionAndTextControls, TextCopiesUntilItReadsTheHostStringInPlace) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "sparkhost/control_log.h"
+#include "sparkhost/curves.h"
 #include "sparkhost/gl_recorder.h"
 #include "spark/spark.h"
 
@@ -24,6 +25,7 @@ protected:
     void SetUp() override {
         sparkhost::control_log().clear();
         sparkhost::gl_recorder().clear();
+        sparkhost::clear_curves();
     }
     static std::vector<int> updates() { return sparkhost::control_log().updates(); }
     static std::vector<sparkhost::ControlCall> calls() { return sparkhost::control_log().calls(); }
