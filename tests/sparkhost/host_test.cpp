@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,10 @@
 #include "sparkhost/host.h"
 
 using namespace sparkhost;
+
+namespace sparkhost {
+void PrintTo(Depth depth, std::ostream *out) { *out << (depth == Depth::Bits8 ? "8-bit" : "12-bit"); }
+}  // namespace sparkhost
 
 namespace {
 
