@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/conversion.h"
+#include "proxy_expectation.h"
 
 namespace {
 
@@ -147,31 +148,6 @@ TEST(ProxyInput, RowsPastTheFrameStayEmpty) {
     EXPECT_EQ(image->rows[3][1].red, 0);
     EXPECT_EQ(image->rows[3][1].alpha, 0);
 }
-
-namespace {
-
-// Host pixel expected at (x, y) after a proxy round trip: the host pixel its
-// proxy sample came from, or black where the proxy row or column was never
-// sampled (columns run only while s/2 + k*s is inside the row).
-template <class Word>
-std::vector<Word> expected_proxy_round_trip(const std::vector<Word> &host, int width, int height,
-                                            int s) {
-    const int pw = ProxyExtent(width, s), ph = ProxyExtent(height, s);
-    std::vector<Word> expected(host.size());
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const int j = std::min(y / s, ph - 1), k = std::min(x / s, pw - 1);
-            const int host_row = s / 2 + j * s, host_column = k * s;
-            for (int c = 0; c < 3; ++c) {
-                const bool sampled = host_row < height && s / 2 + host_column < width;
-                Word value = sampled ? host[(host_row * width + host_column) * 3 + c] : 0;
-                expected[(y * width + x) * 3 + c] = value;
-            }
-        }
-    return expected;
-}
-
-}  // namespace
 
 TEST(ProxyRoundTrip, EveryDivisorFillsWholeBlocksAtOddSizes8) {
     for (int s : {2, 3, 4, 6, 8, 12, 16, 32}) {
