@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "framework/image.h"
 
@@ -40,22 +41,103 @@ struct Host12 {
     }
 };
 
+// Whole rows go through a scratch row of 16-bit words, one per host
+// channel, so that the scaling runs eight channels at a time; spreading the
+// words into pixels and back is then one 8-byte move per pixel.
+typedef uint16_t Words8 __attribute__((vector_size(16)));
+typedef uint8_t Bytes8 __attribute__((vector_size(8)));
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
+              "pixels are moved as 64-bit words with red in the low bits");
+
+// Scratch row for `width` pixels: three words each, plus the slack that the
+// 8-byte moves of the last pixel reach into.
+inline std::vector<uint16_t> ScratchRow(long width) {
+    return std::vector<uint16_t>(size_t(width > 0 ? width : 0) * 3 + 4);
+}
+
+inline void ScaleIn(const uint8_t *host, uint16_t *words, size_t count) {
+    size_t k = 0;
+    for (; k + 8 <= count; k += 8) {
+        Bytes8 b;
+        std::memcpy(&b, host + k, sizeof b);
+        Words8 w = __builtin_convertvector(b, Words8);
+        w = (w << 7) | (w >> 1);
+        std::memcpy(words + k, &w, sizeof w);
+    }
+    for (; k < count; ++k) words[k] = Host8::In(host[k]);
+}
+
+inline void ScaleIn(const uint16_t *host, uint16_t *words, size_t count) {
+    size_t k = 0;
+    for (; k + 8 <= count; k += 8) {
+        Words8 w;
+        std::memcpy(&w, host + k, sizeof w);
+        w = w >> 4;
+        w = (w << 3) | (w >> 9);
+        std::memcpy(words + k, &w, sizeof w);
+    }
+    for (; k < count; ++k) words[k] = Host12::In(host[k]);
+}
+
+inline void ScaleOut(const uint16_t *words, uint8_t *host, size_t count) {
+    const Words8 limit = {255, 255, 255, 255, 255, 255, 255, 255};
+    size_t k = 0;
+    for (; k + 8 <= count; k += 8) {
+        Words8 w;
+        std::memcpy(&w, words + k, sizeof w);
+        w = w >> 7;
+        const Words8 over = Words8(w > limit);
+        w = (w & ~over) | (limit & over);
+        Bytes8 b = __builtin_convertvector(w, Bytes8);
+        std::memcpy(host + k, &b, sizeof b);
+    }
+    for (; k < count; ++k) host[k] = Host8::Out(words[k], 0);
+}
+
+inline void ScaleOut(const uint16_t *words, uint16_t *host, size_t count) {
+    const Words8 limit = {0xFFF, 0xFFF, 0xFFF, 0xFFF, 0xFFF, 0xFFF, 0xFFF, 0xFFF};
+    const Words8 low_bits = {0xF, 0xF, 0xF, 0xF, 0xF, 0xF, 0xF, 0xF};
+    size_t k = 0;
+    for (; k + 8 <= count; k += 8) {
+        Words8 w, old;
+        std::memcpy(&w, words + k, sizeof w);
+        std::memcpy(&old, host + k, sizeof old);
+        w = w >> 3;
+        const Words8 over = Words8(w > limit);
+        w = (w & ~over) | (limit & over);
+        w = (w << 4) | (old & low_bits);
+        std::memcpy(host + k, &w, sizeof w);
+    }
+    for (; k < count; ++k) host[k] = Host12::Out(words[k], host[k]);
+}
+
+// Three words a pixel into pixels with the given alpha.
+inline void SpreadToPixels(const uint16_t *words, PixelQv *row, long columns, uint16_t alpha) {
+    const uint64_t alpha_bits = uint64_t(alpha) << 48;
+    for (long x = 0; x < columns; ++x) {
+        uint64_t pixel;
+        std::memcpy(&pixel, words + 3 * x, sizeof pixel);
+        pixel = (pixel & 0x0000FFFFFFFFFFFFull) | alpha_bits;
+        std::memcpy(row + x, &pixel, sizeof pixel);
+    }
+}
+
+// Pixels into three words each; every move's alpha is overwritten by the next.
+inline void GatherFromPixels(const PixelQv *row, uint16_t *words, long columns) {
+    for (long x = 0; x < columns; ++x) std::memcpy(words + 3 * x, row + x, sizeof(PixelQv));
+}
+
 // Full resolution in: image rows first..last from host rows of the same
 // index, `columns` pixels each.
 template <class Host>
 void CopyRows(const typename Host::Word *buffer, long host_width, ImageQv &image, long columns,
               long first, long last) {
-    using Word = typename Host::Word;
+    if (columns <= 0) return;
     const size_t row_words = size_t(host_width) * 3;
+    std::vector<uint16_t> scratch = ScratchRow(columns);
     for (long y = first; y <= last; ++y) {
-        const Word *source = buffer + size_t(y) * row_words;
-        PixelQv *target = image.rows[y];
-        for (long x = 0; x < columns; ++x, source += 3, ++target) {
-            target->red = Host::In(source[0]);
-            target->green = Host::In(source[1]);
-            target->blue = Host::In(source[2]);
-            target->alpha = kOpaque;
-        }
+        ScaleIn(buffer + size_t(y) * row_words, scratch.data(), size_t(columns) * 3);
+        SpreadToPixels(scratch.data(), image.rows[y], columns, kOpaque);
     }
 }
 
@@ -95,16 +177,12 @@ void CopyProxyRows(const typename Host::Word *buffer, long width, long height, i
 // Full resolution out: the image's own width drives the host row length.
 template <class Host>
 void PasteRows(const ImageQv &image, typename Host::Word *buffer, long first, long last) {
-    using Word = typename Host::Word;
+    if (image.width <= 0) return;
     const size_t row_words = size_t(image.width) * 3;
+    std::vector<uint16_t> scratch = ScratchRow(image.width);
     for (long y = first; y <= last; ++y) {
-        Word *target = buffer + size_t(y) * row_words;
-        const PixelQv *source = image.rows[y];
-        for (long x = 0; x < image.width; ++x, target += 3, ++source) {
-            target[0] = Host::Out(source->red, target[0]);
-            target[1] = Host::Out(source->green, target[1]);
-            target[2] = Host::Out(source->blue, target[2]);
-        }
+        GatherFromPixels(image.rows[y], scratch.data(), image.width);
+        ScaleOut(scratch.data(), buffer + size_t(y) * row_words, row_words);
     }
 }
 

@@ -142,3 +142,19 @@ TEST(ImageFill, ApplyLutMapsEachChannelThroughItsOwnTable) {
     image.ApplyLUT(invert.data(), nullptr, keep.data(), zero.data());
     EXPECT_TRUE(same(image.rows[0][0], PixelQv{32667, 100, 65535, 0}));
 }
+
+TEST(ImageConstruction, FrameSizedBlockReusedAfterAnImageStillStartsAtZero) {
+    // 1920x1080 blocks are kept for reuse; a new image must not see old pixels.
+    {
+        ImageQv dirty(1920, 1080, 1.0f, nullptr, nullptr);
+        dirty.Fill(1, 2, 3, 4);
+    }
+    ImageQv fresh(1920, 1080, 1.0f, nullptr, nullptr);
+    for (int y = 0; y < 1080; y += 7)
+        for (int x = 0; x < 1920; x += 13) ASSERT_TRUE(same(fresh.rows[y][x], PixelQv{0, 0, 0, 0}));
+    // A copy takes a block too, with the source's pixels.
+    fresh.rows[1079][1919].red = 99;
+    ImageQv copy(fresh);
+    EXPECT_EQ(copy.rows[1079][1919].red, 99);
+    EXPECT_EQ(copy.rows[0][0].red, 0);
+}

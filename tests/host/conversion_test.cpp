@@ -1,11 +1,13 @@
 // Host frame buffers to images and back, at full and proxy resolution.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <random>
 #include <vector>
 
 #include "host/conversion.h"
+#include "host/globals.h"
 #include "proxy_expectation.h"
 
 namespace {
@@ -226,4 +228,38 @@ TEST(ConversionArguments, GivenImageIsFilledAndKeepsItsIntegers) {
     EXPECT_EQ(image.video_scale, 2.0f);
     EXPECT_EQ(image.scale_x, 0.9);
     EXPECT_EQ(image.rows[3][3].red, 0x7FFF);
+}
+
+TEST(ConversionBands, SameImagesAndFramesOnAnyProcessorCount) {
+    // Large enough (150 rows) for the conversions to split rows over processors.
+    const int width = 203, height = 150;
+    auto bytes = random_bytes(size_t(width) * height * 3, 21);
+    auto words = random_words(size_t(width) * height * 3, 22);
+    const int32_t saved = DLnumProc;
+    for (int s : {1, 2, 3}) {
+        std::vector<uint8_t> first_bytes;
+        std::vector<uint16_t> first_words;
+        std::vector<PixelQv> first_pixels;
+        for (int processors : {1, 2, 3, 7}) {
+            DLnumProc = processors;
+            Image image8(ConvertFromDLImage8(bytes.data(), width, height, 1.0, s, nullptr, 1));
+            Image image12(ConvertFromDLImage12(words.data(), width, height, 1.0, s, nullptr, 1));
+            std::vector<uint8_t> out8(bytes.size());
+            std::vector<uint16_t> out12 = words;
+            ConvertToDLImage8(image8.get(), out8.data(), width, height, s);
+            ConvertToDLImage12(image12.get(), out12.data(), width, height, s);
+            std::vector<PixelQv> pixels(image12->pixels, image12->pixels + size_t(image12->width) * image12->height);
+            if (processors == 1) {
+                first_bytes = out8;
+                first_words = out12;
+                first_pixels = pixels;
+                continue;
+            }
+            EXPECT_EQ(out8, first_bytes) << "1/" << s << " on " << processors;
+            EXPECT_EQ(out12, first_words) << "1/" << s << " on " << processors;
+            EXPECT_EQ(0, std::memcmp(pixels.data(), first_pixels.data(), pixels.size() * sizeof(PixelQv)))
+                << "1/" << s << " on " << processors;
+        }
+    }
+    DLnumProc = saved;
 }
