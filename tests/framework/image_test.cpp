@@ -41,19 +41,6 @@ TEST(ImageConstruction, FreshBlockIsZeroAndFieldsStartAtDefaults) {
     EXPECT_EQ(ImageQv(720, 1, 9.0f, nullptr, nullptr).video_scale, 1.0f);
 }
 
-TEST(ImageConstruction, CopyKeepsScalesAndIntegersButNotTheGammaTable) {
-    ImageQv source(4, 3, 1.0f, nullptr, nullptr);
-    source.scale_x = 1.5;
-    source.reserved_ints[2] = 9;
-    source.video_scale = 3.0f;
-    source.owned_aux = new int32_t[32768];
-    ImageQv copy(source);
-    EXPECT_EQ(copy.scale_x, 1.5);
-    EXPECT_EQ(copy.reserved_ints[2], 9);
-    EXPECT_EQ(copy.video_scale, 3.0f);
-    EXPECT_EQ(copy.owned_aux, nullptr);
-}
-
 class Sampling : public ::testing::Test {
 protected:
     Sampling() : image(3, 2, 1.0f, nullptr, nullptr) {

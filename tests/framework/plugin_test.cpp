@@ -7,20 +7,6 @@
 #include "host/globals.h"
 #include "spark/spark.h"
 
-TEST(PluginConstruction, FrameworkFieldsStartAsDocumented) {
-    PluginQv plugin;
-    EXPECT_EQ(plugin.mode, 15);
-    for (int32_t word : plugin.mode_words) EXPECT_EQ(word, 0);
-    EXPECT_EQ(plugin.library_mp_func, nullptr);
-    EXPECT_EQ(plugin.track_buffer, nullptr);
-    SourceQv source;
-    EXPECT_EQ(source.random_access, 0);
-    EXPECT_EQ(source.image, nullptr);
-    EXPECT_EQ(source.one, 1);
-    ResultQv result;
-    EXPECT_EQ(result.image, nullptr);
-}
-
 namespace {
 
 class FrameAccess : public ::testing::Test {

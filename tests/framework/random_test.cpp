@@ -13,17 +13,6 @@ TEST(RandQv, LinearCongruentialStepFromZero) {
     EXPECT_EQ(seed, 505908858);
 }
 
-TEST(RandQv, StateWrapsAtThirtyTwoBitsAndResultStaysFifteenBits) {
-    long seed = 0x7FFFFFFF;
-    for (int i = 0; i < 1000; ++i) {
-        int value = randQv(seed);
-        ASSERT_GE(value, 0);
-        ASSERT_LE(value, 32767);
-        ASSERT_GE(seed, -2147483648L);
-        ASSERT_LE(seed, 2147483647L);
-    }
-}
-
 TEST(Ran1Qv, MinimalStandardShuffledFromMinusOne) {
     long seed = -1;
     EXPECT_EQ(ran1Qv(&seed), 893351816);

@@ -105,23 +105,6 @@ TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
     }
 }
 
-TEST(FrameCycle, OutputDoesNotDependOnTheProcessorCount) {
-    std::vector<uint8_t> first;
-    for (int processors : {1, 2, 5}) {
-        Settings settings = settings_for(101, 39, Depth::Bits8);
-        settings.processors = processors;
-        settings.proxy = 2;
-        Host host(settings);
-        host.load(FIZZLE_PLUGIN_PATH);
-        host.initialise();
-        host.set_input(kScene, random_frame(settings.format, 3));
-        std::optional<Frame> out = host.process(1);
-        ASSERT_TRUE(out);
-        if (first.empty()) first = out->bytes();
-        EXPECT_EQ(out->bytes(), first) << processors << " processors";
-    }
-}
-
 TEST(FrameCycle, TooFewBuffersRefusesEveryFrameUntilRestarted) {
     Settings settings = settings_for(64, 48, Depth::Bits8);
     settings.free_buffers = 1;

@@ -42,12 +42,6 @@ TEST_F(Startup, BannerBetweenTwoRulesThenModeAndBufferLines) {
     EXPECT_EQ(no_buffers, 0);
 }
 
-TEST_F(Startup, TwelveBitModeLine) {
-    deep12 = 1;
-    std::string out = run_startup(0);
-    EXPECT_NE(out.find("\n... 12 bit mode selected.\n"), std::string::npos) << out;
-}
-
 TEST_F(Startup, TooFewBuffersTurnsProcessingOff) {
     const int available = sparkMemGetFreeMemory();
     std::string out = run_startup(available + 1);
