@@ -195,30 +195,35 @@ void PasteProxyRows(const ImageQv &image, typename Host::Word *buffer, long widt
     using Word = typename Host::Word;
     if (image.width <= 0 || image.height <= 0 || width <= 0) return;
     const size_t row_words = size_t(width) * 3;
+    std::vector<uint16_t> scratch = ScratchRow(width);
     last = std::min(last, height - 1);
     long previous_source_row = -1;
+    const Word *previous_host_row = nullptr;
     for (long y = first; y <= last; ++y) {
         const long source_row = std::min<long>(y / s, long(image.height) - 1);
         Word *target = buffer + size_t(y) * row_words;
         // Without low bits to keep, a row that samples the same image row as
         // the one above is the same bytes.
         if (!Host::kKeepsLowBits && source_row == previous_source_row) {
-            std::memcpy(target, target - row_words, row_words * sizeof(Word));
+            std::memcpy(target, previous_host_row, row_words * sizeof(Word));
             continue;
         }
-        previous_source_row = source_row;
-        const PixelQv *source = image.rows[source_row];
-        const PixelQv *last_column = source + (image.width - 1);
-        int repeat = 0;
-        for (long x = 0; x < width; ++x, target += 3) {
-            target[0] = Host::Out(source->red, target[0]);
-            target[1] = Host::Out(source->green, target[1]);
-            target[2] = Host::Out(source->blue, target[2]);
-            if (++repeat == s) {
-                repeat = 0;
-                if (source < last_column) ++source;
+        if (source_row != previous_source_row) {
+            // The image row widened to host width: each pixel repeated s times.
+            const PixelQv *source = image.rows[source_row];
+            const PixelQv *last_column = source + (image.width - 1);
+            int repeat = 0;
+            for (long x = 0; x < width; ++x) {
+                std::memcpy(scratch.data() + 3 * x, source, sizeof(PixelQv));
+                if (++repeat == s) {
+                    repeat = 0;
+                    if (source < last_column) ++source;
+                }
             }
+            previous_source_row = source_row;
         }
+        ScaleOut(scratch.data(), target, row_words);
+        previous_host_row = target;
     }
 }
 
