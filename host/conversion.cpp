@@ -23,12 +23,15 @@ int ProxyExtent(long full, int divisor) {
 
 namespace {
 
+// Below this many rows a fork costs more than it saves.
+constexpr long kSmallestSplitRows = 64;
+
 // Rows are independent, so large conversions are split over the host's
 // processors like any banded work; the result is the same for any split.
 template <class Body>
 void for_row_bands(long rows, const Body &body) {
     const long workers = DLnumProc > 1 ? DLnumProc : 1;
-    if (workers == 1 || rows < 64) {
+    if (workers == 1 || rows < kSmallestSplitRows) {
         body(0, rows - 1);
         return;
     }
