@@ -68,7 +68,7 @@ Frame scene(int number, const FrameFormat &format) {
         c.b += 0.20 * band;
         int cx = (x + number * 3) / cell;
         int cy = (y + number) / cell;
-        double check = ((cx + cy) & 1) ? 0.06 : -0.02;
+        double check = ((cx + cy) & 1) ? 0.035 : -0.015;
         c.r += check;
         c.g += check;
         c.b += check;

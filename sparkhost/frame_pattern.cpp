@@ -14,7 +14,7 @@ FramePattern::FramePattern(std::string text) : text_(std::move(text)) {
         last = *it;
     if (last.empty()) return;
     sequence_ = true;
-    prefix_ = last.prefix().str();
+    prefix_ = text_.substr(0, last.position(0));  // prefix() only reaches back to the previous match
     suffix_ = text_.substr(last.position(0) + last.length(0));
     std::string found = last.str(0);
     if (found[0] == '#')
