@@ -1,18 +1,15 @@
 // ImageQv construction, destruction and fills.
 #include "framework/image.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "framework/messages.h"
+#include "framework/pixel_blocks.h"
 
 namespace {
 
-// Blocks start at 0 in every channel, so nothing downstream can depend on
-// stale memory (proxy conversions leave some rows unwritten).
-PixelQv *allocate_pixels(long width, long height) {
-    size_t count = width > 0 && height > 0 ? size_t(width) * size_t(height) : 0;
-    return static_cast<PixelQv *>(std::calloc(count ? count : 1, sizeof(PixelQv)));
+size_t pixel_count(long width, long height) {
+    return width > 0 && height > 0 ? size_t(width) * size_t(height) : 0;
 }
 
 void build_rows(ImageQv &image) {
@@ -37,7 +34,9 @@ ImageQv::ImageQv(long w, long h, float /*aspect: accepted and ignored*/, PixelQv
         pixels = block;
         owns_pixels = 0;
     } else {
-        pixels = allocate_pixels(w, h);
+        // Blocks start at 0 in every channel, so nothing downstream can depend
+        // on stale memory (proxy conversions leave some rows unwritten).
+        pixels = AcquirePixels(pixel_count(w, h), true);
         owns_pixels = 1;
     }
     build_rows(*this);
@@ -54,15 +53,15 @@ ImageQv::ImageQv(const ImageQv &other) {
     video_scale = other.video_scale;
     render_op = other.render_op;
     owned_aux = nullptr;
-    pixels = allocate_pixels(width, height);
-    if (width > 0 && height > 0)
-        std::memcpy(pixels, other.pixels, size_t(width) * size_t(height) * sizeof(PixelQv));
+    const size_t count = pixel_count(width, height);
+    pixels = AcquirePixels(count, false);
+    if (count) std::memcpy(pixels, other.pixels, count * sizeof(PixelQv));
     owns_pixels = 1;
     build_rows(*this);
 }
 
 ImageQv::~ImageQv() {
-    if (owns_pixels) std::free(pixels);
+    if (owns_pixels) ReleasePixels(pixels, pixel_count(width, height));
     delete[] rows;
     delete[] owned_aux;
 }

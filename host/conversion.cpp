@@ -2,8 +2,13 @@
 #include "host/conversion.h"
 
 #include <algorithm>
+#include <cstdint>
 
+#include "framework/pixel_blocks.h"
+#include "framework/plugin.h"
 #include "host/conversion_rows.h"
+#include "host/globals.h"
+#include "spark/spark.h"
 
 using conversion::Host12;
 using conversion::Host8;
@@ -18,6 +23,32 @@ int ProxyExtent(long full, int divisor) {
 
 namespace {
 
+// Below this many rows a fork costs more than it saves.
+constexpr long kSmallestSplitRows = 64;
+
+// Rows are independent, so large conversions are split over the host's
+// processors like any banded work; the result is the same for any split.
+template <class Body>
+void for_row_bands(long rows, const Body &body) {
+    const long workers = DLnumProc > 1 ? DLnumProc : 1;
+    if (workers == 1 || rows < kSmallestSplitRows) {
+        body(0, rows - 1);
+        return;
+    }
+    struct Job {
+        const Body *body;
+        long rows;
+        long workers;
+    } job{&body, rows, workers};
+    sparkMpFork(
+        [](void *job_pointer, void *, void *, void *) {
+            const Job &j = *static_cast<const Job *>(job_pointer);
+            const RowBand band = band_for_worker(current_worker_index(), j.rows, j.workers);
+            (*j.body)(band.first, band.last);
+        },
+        4, &job, nullptr, nullptr, reinterpret_cast<void *>(intptr_t(workers)));
+}
+
 template <class Host>
 ImageQv *ConvertFrom(const void *buffer, long width, long height, double aspect, int divisor,
                      ImageQv *image, int copy, uint16_t proxy_alpha) {
@@ -26,7 +57,12 @@ ImageQv *ConvertFrom(const void *buffer, long width, long height, double aspect,
     width = std::max(0L, width);
     height = std::max(0L, height);
     if (!image) {
-        if (s == 1)
+        if (s == 1 && copy) {
+            // Every pixel is about to be written: no need to clear the block first.
+            image = new ImageQv(width, height, 1.0f, AcquirePixels(size_t(width) * size_t(height), false),
+                                nullptr);
+            image->owns_pixels = 1;
+        } else if (s == 1)
             image = new ImageQv(width, height, 1.0f, nullptr, nullptr);
         else
             image = new ImageQv(ProxyExtent(width, s), ProxyExtent(height, s), float(s), nullptr,
@@ -42,10 +78,14 @@ ImageQv *ConvertFrom(const void *buffer, long width, long height, double aspect,
     if (s == 1) {
         const long rows = std::min<long>(image->height, height);
         const long columns = std::min<long>(image->width, width);
-        conversion::CopyRows<Host>(words, width, *image, columns, 0, rows - 1);
+        for_row_bands(rows, [&](long first, long last) {
+            conversion::CopyRows<Host>(words, width, *image, columns, first, last);
+        });
     } else {
-        conversion::CopyProxyRows<Host>(words, width, height, s, *image, 0, image->height - 1,
-                                        proxy_alpha, false);
+        for_row_bands(image->height, [&](long first, long last) {
+            conversion::CopyProxyRows<Host>(words, width, height, s, *image, first, last, proxy_alpha,
+                                            false);
+        });
     }
     return image;
 }
@@ -55,10 +95,15 @@ void ConvertTo(const ImageQv *image, void *buffer, int width, int height, int di
     if (!image || !buffer) return;
     const int s = divisor < 1 ? 1 : divisor;
     auto *words = static_cast<typename Host::Word *>(buffer);
-    if (s == 1)
-        conversion::PasteRows<Host>(*image, words, 0, long(image->height) - 1);
-    else
-        conversion::PasteProxyRows<Host>(*image, words, width, height, s, 0, long(height) - 1);
+    if (s == 1) {
+        for_row_bands(image->height, [&](long first, long last) {
+            conversion::PasteRows<Host>(*image, words, first, last);
+        });
+    } else {
+        for_row_bands(height, [&](long first, long last) {
+            conversion::PasteProxyRows<Host>(*image, words, width, height, s, first, last);
+        });
+    }
 }
 
 }  // namespace

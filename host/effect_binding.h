@@ -1,6 +1,7 @@
 // Every point where the host adapter's entry points touch the effect. The
 // entry points know the effect only through these few functions, so the
-// effect can be swapped without touching the frame cycle.
+// effect can be swapped without touching the frame cycle: one source file
+// implements all of them for the effect that is built in.
 #pragma once
 
 #include "framework/image.h"

@@ -1,7 +1,17 @@
-// ImageQv construction and ownership.
+// ImageQv construction, ownership, sampling and fills.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "framework/image.h"
+
+namespace {
+
+bool same(const PixelQv &a, const PixelQv &b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
+}
+
+}  // namespace
 
 TEST(ImageOwnership, WrappedBlockSurvivesAndCopyOwnsItsOwn) {
     PixelQv block[6] = {};
@@ -16,4 +26,122 @@ TEST(ImageOwnership, WrappedBlockSurvivesAndCopyOwnsItsOwn) {
         EXPECT_EQ(copy.rows[1][1].red, 1234);
     }
     EXPECT_EQ(block[4].red, 1234);
+}
+
+TEST(ImageConstruction, FreshBlockIsZeroAndFieldsStartAtDefaults) {
+    ImageQv image(37, 5, 2.5f, nullptr, nullptr);
+    EXPECT_EQ(image.owns_pixels, 1);
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 37; ++x) ASSERT_TRUE(same(image.rows[y][x], PixelQv{0, 0, 0, 0}));
+    EXPECT_EQ(image.rows[3], image.pixels + 3 * 37);
+    EXPECT_EQ(image.scale_x, 1.0);  // the aspect argument is not kept
+    EXPECT_EQ(image.scale_y, 1.0);
+    EXPECT_FLOAT_EQ(image.video_scale, float(720.0 / 37));
+    EXPECT_EQ(image.owned_aux, nullptr);
+    EXPECT_EQ(ImageQv(720, 1, 9.0f, nullptr, nullptr).video_scale, 1.0f);
+}
+
+class Sampling : public ::testing::Test {
+protected:
+    Sampling() : image(3, 2, 1.0f, nullptr, nullptr) {
+        for (int y = 0; y < 2; ++y)
+            for (int x = 0; x < 3; ++x)
+                image.rows[y][x] = PixelQv{uint16_t(1000 * (x + 1)), uint16_t(100 * (y + 1)),
+                                           uint16_t(32767), uint16_t(16000 + x)};
+    }
+    PixelQv at(float x, float y) {
+        PixelQv out{1, 1, 1, 1};
+        image.PointSampleB(x, y, out);
+        return out;
+    }
+    ImageQv image;
+};
+
+TEST_F(Sampling, ExactPixelPositionReturnsThePixel) {
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x) EXPECT_TRUE(same(at(float(x), float(y)), image.rows[y][x]));
+}
+
+TEST_F(Sampling, HalfwayMixesNeighboursInFixedPoint) {
+    PixelQv mid = at(0.5f, 0.0f);
+    EXPECT_EQ(mid.red, 1500);
+    EXPECT_EQ(mid.blue, 32767);
+    PixelQv centre = at(1.5f, 0.5f);
+    EXPECT_EQ(centre.red, 2500);
+    EXPECT_EQ(centre.green, 150);
+    EXPECT_EQ(centre.alpha, 16001);  // (16001+16002)/2 truncated: alpha interpolates too
+    // A quarter step: weights 24576 and 8192 of 32768.
+    EXPECT_EQ(at(0.25f, 0.0f).red, (1000 * 24576 + 2000 * 8192) >> 15);
+}
+
+TEST_F(Sampling, OutsideNeighboursFadeToTransparentBlack) {
+    // Only (0,0) is inside, with the fourth weight 8192: a quarter of it.
+    PixelQv corner = at(-0.5f, -0.5f);
+    EXPECT_EQ(corner.red, 250);
+    EXPECT_EQ(corner.green, 25);
+    EXPECT_EQ(corner.blue, 32767 / 4);
+    EXPECT_EQ(corner.alpha, 4000);
+    // Past the right edge by half a pixel: half of the last column.
+    EXPECT_EQ(at(2.5f, 0.0f).red, 1500);
+    EXPECT_TRUE(same(at(3.0f, 0.0f), PixelQv{0, 0, 0, 0}));
+    EXPECT_TRUE(same(at(-1.0f, 1.0f), PixelQv{0, 0, 0, 0}));
+    EXPECT_TRUE(same(at(1e30f, -1e30f), PixelQv{0, 0, 0, 0}));
+}
+
+TEST_F(Sampling, QualitiesAndAreaSamplesAgreeWithTheCentrePoint) {
+    PixelQv b, d, w, area;
+    image.PointSampleB(1.25f, 0.75f, b);
+    image.PointSampleD(1.25f, 0.75f, d);
+    image.PointSampleW(1.25f, 0.75f, w);
+    image.AreaSampleStart();
+    image.AreaSampleW(0.5f, 0.5f, 2.0f, 1.0f, area);
+    image.AreaSampleEnd();
+    EXPECT_TRUE(same(b, d));
+    EXPECT_TRUE(same(b, w));
+    EXPECT_TRUE(same(b, area));
+}
+
+TEST(ImageFill, FillAndFillChannelReachEveryPixel) {
+    ImageQv image(5, 4, 1.0f, nullptr, nullptr);
+    image.Fill(1, 2, 3, 4);
+    image.FillChannel(900, 2);
+    image.FillChannel(77, 4);  // no such channel: nothing changes
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 5; ++x) ASSERT_TRUE(same(image.rows[y][x], PixelQv{1, 2, 900, 4}));
+    image.FillChannel(5, 0);
+    image.FillChannel(6, 1);
+    image.FillChannel(8, 3);
+    EXPECT_TRUE(same(image.rows[3][4], PixelQv{5, 6, 900, 8}));
+}
+
+TEST(ImageFill, ApplyLutMapsEachChannelThroughItsOwnTable) {
+    std::vector<uint16_t> invert(65536), half(65536), keep(65536), zero(65536, 0);
+    for (int i = 0; i < 65536; ++i) {
+        invert[i] = uint16_t(32767 - (i & 0x7FFF));
+        half[i] = uint16_t(i / 2);
+        keep[i] = uint16_t(i);
+    }
+    ImageQv image(2, 2, 1.0f, nullptr, nullptr);
+    image.Fill(100, 200, 65535, 7);
+    image.ApplyLUT(invert.data(), half.data(), keep.data(), zero.data());
+    EXPECT_TRUE(same(image.rows[1][1], PixelQv{32667, 100, 65535, 0}));
+    // A missing table is refused, leaving the image as it was.
+    image.ApplyLUT(invert.data(), nullptr, keep.data(), zero.data());
+    EXPECT_TRUE(same(image.rows[0][0], PixelQv{32667, 100, 65535, 0}));
+}
+
+TEST(ImageConstruction, FrameSizedBlockReusedAfterAnImageStillStartsAtZero) {
+    // 1920x1080 blocks are kept for reuse; a new image must not see old pixels.
+    {
+        ImageQv dirty(1920, 1080, 1.0f, nullptr, nullptr);
+        dirty.Fill(1, 2, 3, 4);
+    }
+    ImageQv fresh(1920, 1080, 1.0f, nullptr, nullptr);
+    for (int y = 0; y < 1080; y += 7)
+        for (int x = 0; x < 1920; x += 13) ASSERT_TRUE(same(fresh.rows[y][x], PixelQv{0, 0, 0, 0}));
+    // A copy takes a block too, with the source's pixels.
+    fresh.rows[1079][1919].red = 99;
+    ImageQv copy(fresh);
+    EXPECT_EQ(copy.rows[1079][1919].red, 99);
+    EXPECT_EQ(copy.rows[0][0].red, 0);
 }

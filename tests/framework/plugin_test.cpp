@@ -1,0 +1,95 @@
+// Plug-in base: sources, random frame access and tracking data.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "framework/plugin.h"
+#include "host/globals.h"
+#include "spark/spark.h"
+
+namespace {
+
+class FrameAccess : public ::testing::Test {
+protected:
+    void SetUp() override {
+        DLwidth = 4;
+        DLheight = 3;
+        DLscalesr = 1;
+        DLnumProc = 2;
+        host_pixels.assign(4 * 3 * 3, 0);
+        record.Buffer = host_pixels.data();
+        source.clip = 1;
+    }
+    void TearDown() override {
+        DLwidth = DLheight = DLscalesr = DLnumProc = 0;
+    }
+    std::vector<uint8_t> host_pixels;  // the host leaves fetched frames here
+    SparkMemBufStruct record{};
+    SourceQv source;
+};
+
+}  // namespace
+
+TEST_F(FrameAccess, WithoutTempBufferImageIsLeftAlone) {
+    ImageQv image(4, 3, 1.0f, nullptr, nullptr);
+    image.Fill(11, 22, 33, 44);
+    ImageQv *pointer = &image;
+    testing::internal::CaptureStderr();
+    source.GetValue(5.0, pointer);
+    std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(pointer, &image);
+    EXPECT_EQ(image.rows[2][3].red, 11);
+    EXPECT_NE(err.find("SPARK_MESSAGE::\tRandom Frame Access requested via GetValue(), but no temp "
+                       "buf allocated. (DLRandom in .plugin?)\n\n"),
+              std::string::npos);
+}
+
+TEST_F(FrameAccess, FetchedFrameIsConvertedIntoTheGivenImage) {
+    source.random_access = 1;
+    source.temp_buffer = &record;
+    host_pixels[(2 * 4 + 3) * 3 + 0] = 255;
+    ImageQv image(4, 3, 1.0f, nullptr, nullptr);
+    image.scale_x = 1.25;
+    ImageQv *pointer = &image;
+    source.GetValue(5.0, pointer);
+    EXPECT_EQ(pointer, &image);
+    EXPECT_EQ(image.rows[2][3].red, 0x7FFF);
+    EXPECT_EQ(image.rows[2][3].alpha, 0x7FFF);
+    EXPECT_EQ(image.scale_x, 1.25);  // the image's own aspect is handed back in
+}
+
+TEST_F(FrameAccess, TrackDataDecodesSignedEightEightVectors) {
+    source.random_access = 1;
+    source.temp_buffer = &record;
+    // red byte 1 -> channel 0x0080 -> +1/256; blue byte 4 -> 0x0202 -> 4, with
+    // the opaque alpha 0x7FFF << 1 = 0xFFFE filling the high bits: -2/256.
+    host_pixels[(1 * 4 + 2) * 3 + 0] = 1;
+    host_pixels[(1 * 4 + 2) * 3 + 2] = 4;
+    ImageQv current(4, 3, 1.0f, nullptr, nullptr);
+    source.image = &current;
+    PluginQv plugin;
+    float *vectors = plugin.GetTrackData(&source, 3.0);
+    ASSERT_NE(vectors, nullptr);
+    EXPECT_FLOAT_EQ(vectors[2 * (1 * 4 + 2)], 1.0f / 256);
+    EXPECT_FLOAT_EQ(vectors[2 * (1 * 4 + 2) + 1], float(int16_t(0xFFFE | 4)) / 256);
+    EXPECT_FLOAT_EQ(vectors[0], 0.0f);
+    EXPECT_FLOAT_EQ(vectors[1], -2.0f / 256);
+    delete[] vectors;
+}
+
+TEST(TrackDecode, HighBitOfGreenFallsOut) {
+    ImageQv image(3, 1, 1.0f, nullptr, nullptr);
+    image.rows[0][0] = PixelQv{0x0080, 0x0000, 0x0000, 0x0000};
+    image.rows[0][1] = PixelQv{0x0000, 0x8000, 0x0000, 0x0000};
+    image.rows[0][2] = PixelQv{0x7FFF, 0x7FFF, 0x0100, 0x0000};
+    float vectors[6] = {};
+    PluginQv plugin;
+    plugin.track_image = &image;
+    plugin.track_buffer = vectors;
+    plugin.mp_ImgToTV(0, 0);
+    EXPECT_EQ(vectors[0], 1.0f / 256);
+    EXPECT_EQ(vectors[1], 0.0f);
+    EXPECT_EQ(vectors[2], 0.0f);
+    EXPECT_EQ(vectors[4], -1.0f / 256);  // 0xFF | 0xFFFE = 0xFFFF
+    EXPECT_EQ(vectors[5], 2.0f / 256);
+}

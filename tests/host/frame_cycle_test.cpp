@@ -1,0 +1,169 @@
+// The exported entry points driven by our host: start-up, refusal, and
+// frames passed through the frame cycle at every depth and proxy.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "proxy_expectation.h"
+#include "sparkhost/host.h"
+
+using namespace sparkhost;
+
+namespace {
+
+Settings settings_for(int width, int height, Depth depth) {
+    Settings settings;
+    settings.format = {width, height, depth};
+    settings.processors = 3;
+    settings.message_sink = [](const Message &) {};
+    return settings;
+}
+
+// A random picture; in 12-bit the words' low 4 bits are 0, as the host's
+// cleared output buffer has them, so the frame can come back byte for byte.
+Frame random_frame(const FrameFormat &format, unsigned seed) {
+    Frame frame(format);
+    std::mt19937 generator(seed);
+    for (uint8_t &b : frame.bytes()) b = uint8_t(generator());
+    if (format.depth == Depth::Bits12) {
+        auto *words = reinterpret_cast<uint16_t *>(frame.data());
+        for (size_t i = 0; i < frame.size() / 2; ++i) words[i] &= 0xFFF0;
+    }
+    return frame;
+}
+
+bool has_message(const Host &host, Message::Kind kind, const std::string &text) {
+    for (const Message &message : host.messages())
+        if (message.kind == kind && message.text == text) return true;
+    return false;
+}
+
+template <class Word>
+std::vector<Word> words_of(const Frame &frame) {
+    std::vector<Word> words(frame.size() / sizeof(Word));
+    std::memcpy(words.data(), frame.data(), frame.size());
+    return words;
+}
+
+}  // namespace
+
+TEST(FrameCycle, StartUpAnswersAndPrintsTheModeOfTheFrameDepth) {
+    for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
+        Host host(settings_for(64, 48, depth));
+        host.load(FIZZLE_PLUGIN_PATH);
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(host.initialise(), 2u);
+        std::string out = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(host.clips(), 4);
+        const char *mode = depth == Depth::Bits12 ? "... 12 bit mode selected.\n" : "... 8-10 bit mode selected.\n";
+        EXPECT_NE(out.find(mode), std::string::npos) << out;
+        EXPECT_NE(out.find("Available buffers = 8\n"), std::string::npos) << out;
+        EXPECT_TRUE(host.messages().empty());
+        host.uninitialise();
+    }
+}
+
+TEST(FrameCycle, FullResolutionFrameComesBackByteForByte) {
+    for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
+        Host host(settings_for(37, 23, depth));
+        host.load(FIZZLE_PLUGIN_PATH);
+        host.initialise();
+        for (int frame = 1; frame <= 3; ++frame) {
+            Frame scene = random_frame(host.settings().format, unsigned(frame));
+            host.set_input(kScene, scene);
+            std::optional<Frame> out = host.process(frame);
+            ASSERT_TRUE(out) << host.last_failure();
+            EXPECT_TRUE(*out == scene) << "frame " << frame;
+        }
+        host.uninitialise();
+    }
+}
+
+TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
+    const int divisors[] = {1, 2, 3, 4, 6, 8, 12, 16, 32};
+    for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
+        Host host(settings_for(725, 67, depth));
+        host.load(FIZZLE_PLUGIN_PATH);
+        host.initialise();
+        Frame scene = random_frame(host.settings().format, 7);
+        host.set_input(kScene, scene);
+        for (int value = 0; value <= 9; ++value) {
+            host.settings().proxy = value;
+            std::optional<Frame> out = host.process(value + 1);
+            ASSERT_TRUE(out) << host.last_failure();
+            const int s = value <= 8 ? divisors[value] : 1;  // beyond the list: full resolution
+            if (depth == Depth::Bits8)
+                EXPECT_EQ(out->bytes(), expected_proxy_round_trip(scene.bytes(), 725, 67, s)) << "1/" << s;
+            else
+                EXPECT_EQ(words_of<uint16_t>(*out),
+                          expected_proxy_round_trip(words_of<uint16_t>(scene), 725, 67, s))
+                    << "1/" << s;
+        }
+    }
+}
+
+TEST(FrameCycle, TooFewBuffersRefusesEveryFrameUntilRestarted) {
+    Settings settings = settings_for(64, 48, Depth::Bits8);
+    settings.free_buffers = 1;
+    Host host(settings);
+    host.load(FIZZLE_PLUGIN_PATH);
+    testing::internal::CaptureStdout();
+    host.initialise();
+    std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_NE(out.find("ERROR: we need 2 image buffers, but we only got 1.\n"
+                       "... Processing will be turned off ...\n"),
+              std::string::npos)
+        << out;
+    EXPECT_TRUE(has_message(host, Message::Kind::Message, "Insufficient image buffers available! Giving up!"));
+    host.clear_messages();
+    EXPECT_FALSE(host.process(1));
+    EXPECT_FALSE(host.process(2));
+    EXPECT_TRUE(has_message(host, Message::Kind::Message, " Fizzle cannot run due to insufficient buffers."));
+
+    host.settings().free_buffers = 2;
+    testing::internal::CaptureStdout();
+    host.initialise();
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(host.process(3));
+}
+
+TEST(FrameCycle, OldInterfaceWarnsAndStillWorks) {
+    Settings settings = settings_for(64, 48, Depth::Bits8);
+    settings.api_version = 3.9;
+    Host host(settings);
+    host.load(FIZZLE_PLUGIN_PATH);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(host.initialise(), 2u);
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(has_message(host, Message::Kind::Error,
+                            "This version of \"Fizzle\" needs IFFFS 7.0/4.0 (sparks API 4.0) or higher."));
+    Frame scene = random_frame(settings.format, 11);
+    host.set_input(kScene, scene);
+    std::optional<Frame> out = host.process(1);
+    ASSERT_TRUE(out);
+    EXPECT_TRUE(*out == scene);
+}
+
+TEST(FrameCycle, MissingBufferReturnsNothingQuietlyAndTheNextFrameRuns) {
+    for (int missing : {1, 2, 5}) {
+        Settings settings = settings_for(64, 48, Depth::Bits12);
+        settings.unavailable_buffers = {missing};
+        Host host(settings);
+        host.load(FIZZLE_PLUGIN_PATH);
+        testing::internal::CaptureStdout();
+        host.initialise();
+        testing::internal::GetCapturedStdout();
+        host.clear_messages();
+        EXPECT_FALSE(host.process(1)) << "buffer " << missing;
+        EXPECT_TRUE(host.messages().empty());
+        host.settings().unavailable_buffers.clear();
+        Frame scene = random_frame(settings.format, 5);
+        host.set_input(kScene, scene);
+        std::optional<Frame> out = host.process(2);
+        ASSERT_TRUE(out);
+        EXPECT_TRUE(*out == scene);
+    }
+}
