@@ -1,8 +1,10 @@
-// ImageQv construction, destruction, sampling and fills.
+// ImageQv construction, destruction and fills.
 #include "framework/image.h"
 
 #include <cstdlib>
 #include <cstring>
+
+#include "framework/messages.h"
 
 namespace {
 
@@ -70,4 +72,36 @@ void ImageQv::Fill(uint16_t red, uint16_t green, uint16_t blue, uint16_t alpha) 
     PixelQv *row0 = rows[0];
     for (int32_t x = 0; x < width; ++x) row0[x] = PixelQv{red, green, blue, alpha};
     for (int32_t y = 1; y < height; ++y) std::memcpy(rows[y], row0, size_t(width) * sizeof(PixelQv));
+}
+
+void ImageQv::FillChannel(uint16_t value, uint16_t channel) {
+    if (channel > 3) return;
+    for (int32_t y = 0; y < height; ++y) {
+        PixelQv *pixel = rows[y];
+        for (int32_t x = 0; x < width; ++x, ++pixel) {
+            switch (channel) {
+                case 0: pixel->red = value; break;
+                case 1: pixel->green = value; break;
+                case 2: pixel->blue = value; break;
+                default: pixel->alpha = value; break;
+            }
+        }
+    }
+}
+
+void ImageQv::ApplyLUT(const uint16_t *red, const uint16_t *green, const uint16_t *blue,
+                       const uint16_t *alpha) {
+    if (!red || !green || !blue || !alpha) {
+        PrintError("ImageQv::ApplyLUT: all four channel tables are required; image left unchanged\n");
+        return;
+    }
+    for (int32_t y = 0; y < height; ++y) {
+        PixelQv *pixel = rows[y];
+        for (int32_t x = 0; x < width; ++x, ++pixel) {
+            pixel->red = red[pixel->red];
+            pixel->green = green[pixel->green];
+            pixel->blue = blue[pixel->blue];
+            pixel->alpha = alpha[pixel->alpha];
+        }
+    }
 }

@@ -6,24 +6,26 @@
 #include "spark/spark.h"
 
 RowBand band_for_worker(long worker, long rows, long workers) {
-    long band = rows / workers;
+    if (workers < 1) workers = 1;  // no processors reported still means one
+    const long band = rows / workers;
     RowBand result;
     result.first = worker * band;
+    // The last worker (or any beyond it) takes the remainder.
     result.last = worker < workers - 1 ? result.first + band - 1 : rows - 1;
     return result;
+}
+
+long current_worker_index() {
+    unsigned int a = 0, b = 1;
+    sparkMpInfo(&a, &b);
+    const unsigned int quotient = b ? a / b : 0;
+    return long(double(quotient) + 0.2);  // the + 0.2 is kept as the framework always had it
 }
 
 namespace {
 
 // A host that reports no processors still gets its work done, on one.
 long processor_count() { return DLnumProc > 0 ? DLnumProc : 1; }
-
-long worker_index() {
-    unsigned int a = 0, b = 1;
-    sparkMpInfo(&a, &b);
-    unsigned int quotient = b ? a / b : 0;
-    return long(double(quotient) + 0.2);  // the + 0.2 is kept as the framework has it
-}
 
 template <class Object>
 struct MemberCall {
@@ -33,7 +35,8 @@ struct MemberCall {
 template <class Object>
 void process_func_generic(void *pair, void *object, void *rows, void *count) {
     auto *call = static_cast<MemberCall<Object> *>(pair);
-    RowBand band = band_for_worker(worker_index(), long(intptr_t(rows)), long(intptr_t(count)));
+    const RowBand band =
+        band_for_worker(current_worker_index(), long(intptr_t(rows)), long(intptr_t(count)));
     (static_cast<Object *>(object)->*(call->member))(band.first, band.last);
 }
 
@@ -58,3 +61,18 @@ int ImageQv::MultiProcess(void (ImageQv::*member)(long, long), long rows) {
     return sparkMpFork(process_func_img, 4, &call, this, reinterpret_cast<void *>(intptr_t(rows)),
                        reinterpret_cast<void *>(intptr_t(processor_count())));
 }
+
+void PluginQv::execute_library_mp_func(long first, long last) {
+    library_mp_func(library_mp_arg, int(first), int(last));
+}
+
+// Function and argument live in the effect, so two of these on one effect
+// must not overlap.
+int lib_mp_exec(void *effect, void (*func)(void *, int, int), int rows, void *arg) {
+    auto *plugin = static_cast<PluginQv *>(effect);
+    plugin->library_mp_func = func;
+    plugin->library_mp_arg = arg;
+    return plugin->MultiProcess(&PluginQv::execute_library_mp_func, rows);
+}
+
+int lib_abort_render(void *effect) { return static_cast<PluginQv *>(effect)->AbortRender(); }

@@ -88,3 +88,5 @@ struct RowBand {
     long last;
 };
 RowBand band_for_worker(long worker, long rows, long workers);
+// Inside a worker started by the host's fork: this worker's index from 0.
+long current_worker_index();

@@ -1,6 +1,155 @@
-// The exported Spark entry points (placeholder until the frame cycle lands).
+// The plug-in's exported Spark entry points: start-up, the frame cycle and
+// tear-down, joining the host's frame buffers to the effect instance.
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/messages.h"
+#include "framework/pause.h"
+#include "host/conversion.h"
+#include "host/effect_binding.h"
+#include "host/globals.h"
+#include "host/proxy_divisor.h"
+#include "host/startup.h"
 #include "spark/spark.h"
 
-extern "C" {
-SPARK_EXPORT int SparkClips(void) { return 4; }
+namespace {
+
+constexpr int kBuffersNeeded8 = 2;
+constexpr int kBuffersNeeded12 = 2;
+
+ImageQv *convert_in(const void *pixels, double aspect, int copy) {
+    if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
+    return ConvertFromDLImage8(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
 }
+
+void convert_out(const ImageQv *image, void *pixels) {
+    if (deep12)
+        ConvertToDLImage12(image, pixels, DLwidth, DLheight, DLscalesr);
+    else
+        ConvertToDLImage8(image, pixels, DLwidth, DLheight, DLscalesr);
+}
+
+// Asks the host for a frame buffer. A refusal is the host's to report; a
+// buffer without pixels, or too small for the frame, is reported here.
+bool get_buffer(int id, SparkMemBufStruct &buffer) {
+    if (!sparkMemGetBuffer(id, &buffer)) return false;
+    if (!buffer.Buffer) {
+        PrintError("Fizzle: the host gave buffer %d without pixels; frame not processed\n", id);
+        return false;
+    }
+    const size_t needed = size_t(DLwidth > 0 ? DLwidth : 0) * size_t(DLheight > 0 ? DLheight : 0) *
+                          (deep12 ? 6u : 3u);
+    if (buffer.BufSize != 0 && buffer.BufSize < needed) {
+        PrintError("Fizzle: buffer %d holds %zu bytes but a %dx%d frame needs %zu; frame not processed\n",
+                   id, buffer.BufSize, DLwidth, DLheight, needed);
+        return false;
+    }
+    return true;
+}
+
+// Fetches an input clip's buffer and converts it into its source. False when
+// there is no usable buffer for it.
+bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect) {
+    if (!get_buffer(id, buffer)) return false;
+    SourceQv &source = effect_source(index);
+    source.clip = id - 2;
+    source.deep = uint8_t(deep12);
+    source.time = 0.0;
+    delete source.image;  // only left over when an earlier frame stopped half way
+    source.image = convert_in(buffer.Buffer, aspect, 1);
+    return true;
+}
+
+}  // namespace
+
+extern "C" {
+
+SPARK_EXPORT unsigned int SparkInitialise(SparkInfoStruct info) {
+    if (sparkAPIVersionInfo() < 4.0)
+        sparkError("This version of \"Fizzle\" needs IFFFS 7.0/4.0 (sparks API 4.0) or higher.");
+    deep12 = (info.FrameDepth == 48 || info.FrameDepth == 64) ? 1 : 0;
+    sparkLoadSetup(&info);
+    PrintBannerAndCheckBuffers(info, "Fizzle", kBuffersNeeded8, kBuffersNeeded12, "7", 1);
+    bind_framework_controls();
+    // Page 3 is titled twice; the second title is the one that stands.
+    sparkControlTitle(3, "Import AIFF");
+    sparkControlTitle(0, "Bubbles");
+    sparkControlTitle(1, "Forces");
+    sparkControlTitle(2, "Colour");
+    sparkControlTitle(3, "Light");
+    sparkClipControlTitle(0, "Scene");
+    sparkClipControlTitle(1, "Birth");
+    sparkClipControlTitle(2, "BorG");
+    DL_Sync_Ctrl = 1;
+    rename_channel_editor_entries();
+    return 2;
+}
+
+SPARK_EXPORT int SparkClips(void) { return 4; }
+
+SPARK_EXPORT void SparkMemoryTempBuffers(void) {}
+
+SPARK_EXPORT int SparkProcessStart(void) { return 1; }
+
+SPARK_EXPORT unsigned long *SparkProcess(SparkInfoStruct info) {
+    PluginQv &effect = effect_instance();
+    effect.pen_pressure = 0.0f;
+    sparkCursorBusy();
+    if (no_buffers) {
+        sparkMessage(" Fizzle cannot run due to insufficient buffers.");
+        PauseForUser(5);
+        return nullptr;
+    }
+
+    const int divisor = ProxyDivisorFor(resolution_list_value());
+    SparkGraphInfoStruct graph{};
+    sparkGraphSetup(&graph);
+    const double aspect = graph.PixelAspectRatio;
+
+    DLheight = info.FrameHeight;
+    DLwidth = info.FrameWidth;
+    DLscalesr = divisor;
+    DLnumProc = info.NumProcessors;
+    // The effect copies the scene's matte on every frame.
+    effect.skip_matte_copy = 0;
+    effect.current_frame = double(info.FrameNo);
+    effect.frame_count = double(info.TotalFrames);
+
+    if (!load_source(0, SourceIDInput, SourceBufInput, aspect)) return nullptr;
+    if (!load_source(1, SourceIDInput2, SourceBufInput2, aspect)) return nullptr;
+    if (!load_source(2, SourceIDInput3, SourceBufInput3, aspect)) return nullptr;
+    if (!load_source(3, SourceIDInput4, SourceBufInput4, aspect)) return nullptr;
+
+    if (!get_buffer(ResultIDOutput, ResultBufOutput)) return nullptr;
+    ResultQv &result = effect_result();
+    delete result.image;
+    // The effect overwrites every pixel, so nothing is copied in.
+    result.image = convert_in(ResultBufOutput.Buffer, aspect, 0);
+
+    refresh_cached_control_values();
+    if (DL_Sync_Ctrl == 1) {
+        effect.SyncControls();
+        DL_Sync_Ctrl = 0;
+    }
+    effect.ProcessFrame();
+
+    const double amount = blend_control_value() / 100.0;
+    if (amount > 0 && result.image && effect_source(0).image)
+        blend_with_scene(*result.image, *effect_source(0).image, amount);
+
+    for (int index = 0; index < 4; ++index) {
+        SourceQv &source = effect_source(index);
+        delete source.image;
+        source.image = nullptr;
+    }
+    convert_out(result.image, ResultBufOutput.Buffer);
+    delete result.image;
+    result.image = nullptr;
+
+    sparkViewingCursor(1);
+    return static_cast<unsigned long *>(ResultBufOutput.Buffer);
+}
+
+SPARK_EXPORT void SparkUnInitialise(SparkInfoStruct info) { sparkSaveSetup(&info); }
+
+}  // extern "C"
