@@ -122,4 +122,36 @@ private:
     tagPARTSET *render_set = nullptr;
     std::atomic<bool> burst_recorder_taken{false};
     std::vector<BurstDecision> burst_decisions;
+
+public:
+    // ------------------------------------------------------------------
+    // Frame processing: what one frame does with its images, and the
+    // caches and requests it keeps from one frame to the next.
+    // ------------------------------------------------------------------
+    static constexpr int32_t kMaxBirthPositions = 16384;
+
+    int32_t frameWidth = 0;  // output image of the current frame
+    int32_t frameHeight = 0;
+    float ratioA = 1.0f;  // the output's two ratio values; ratioB / ratioA is the sprite aspect
+    float ratioB = 1.0f;
+    float lumpAspect = -400.0f;  // aspect the sprites were last corrected for; -400 forces a rebuild
+    int32_t firstFrame = 1;      // no frame processed yet: nothing to remap
+    float renderScale = 1.0f;    // the output's video scale, maps a size value to a sprite
+    int32_t restartPending = 0;  // level flags raised by the buttons, consumed by the next frame
+    int32_t preRollPending = 0;
+    int32_t prevWidth = 0;  // frame size the live particles were last positioned for
+    int32_t prevHeight = 0;
+
+    // One frame: keeps sprites and particles matched to the output, carries
+    // out pending requests, advances the set one step and draws it over a
+    // copy of the scene. The mattes and the reflection may be null.
+    void process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burst, ImageQv *reflection,
+                              ImageQv *output, double frame);
+    // Rasterises the polyline (xs[i], ys[i]), i < n, into at most maxOut
+    // pixel positions; returns how many were written.
+    static int find_polyline_pixels(const float *xs, const float *ys, int n, float *outX, float *outY,
+                                    int maxOut);
+    // Rescales the live particles from (prevWidth, prevHeight) to the
+    // current frame size and picks their sprites for renderScale.
+    void remap_particles();
 };
