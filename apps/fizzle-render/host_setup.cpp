@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "control_options.h"
+
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress) {
     sparkhost::Settings settings;
     settings.format = options.format;
@@ -28,7 +30,23 @@ void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {
         if (!options.inputs[clip].empty()) host.set_input_file(clip, options.inputs[clip]);
 }
 
-void configure_plugin(sparkhost::Host &, const RenderOptions &) {}
+sparkhost::ControlTable &plugin_controls(sparkhost::Host &host) {
+    if (sparkhost::ControlTable *registered = sparkhost::registered_controls()) return *registered;
+    return sparkhost::register_plugin_controls(
+        sparkhost::ControlTable::discover([&host](const char *name) { return host.symbol(name); }));
+}
+
+void configure_plugin(sparkhost::Host &host, const RenderOptions &options) {
+    const int frame = options.first_frame;
+    apply_control_options(plugin_controls(host), options, [&host, frame](sparkhost::Control &control, const double *value) {
+        host.prepare_frame(frame);
+        const SparkInfoStruct info = host.info_record(frame);
+        if (value)
+            control.set_by_user(*value, info);
+        else
+            control.notify(info);
+    });
+}
 
 std::string plugin_path(const RenderOptions &options) {
     if (!options.plugin.empty()) return options.plugin;
