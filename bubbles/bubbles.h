@@ -1,0 +1,125 @@
+// The bubble effect: the particle engine's state and operations.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "bubbles/parameters.h"
+#include "bubbles/particle_set.h"
+#include "bubbles/sprite.h"
+#include "framework/image.h"
+#include "framework/plugin.h"
+
+class Bubbles : public PluginQv {
+public:
+    Bubbles();
+    ~Bubbles() override;
+    Bubbles(const Bubbles &) = delete;
+    Bubbles &operator=(const Bubbles &) = delete;
+
+    // ------------------------------------------------------------------
+    // Particle engine: tables, frame inputs and the operations of the
+    // simulation, the sprites and the renderer.
+    // ------------------------------------------------------------------
+    static constexpr int32_t kRandomTableSize = 262144;
+    static constexpr int32_t kUnitVectorCount = 256;
+
+    float unitVectors[kUnitVectorCount][3];  // gradient table of the noise
+    float randomTable[kRandomTableSize];     // this frame's uniform numbers in [0, 1)
+    tagPARTSET *partSet = nullptr;
+
+    // Inputs of one step, written before part_set_execute and only read
+    // while it renders.
+    BubbleParameters parameters;  // control values, refreshed every frame
+    int32_t mp_region = 0;        // set while the render bands run
+    float pixel_aspect = 1.0f;    // P
+    float render_aspect = 1.0f;   // R; R / P is the sprite aspect
+    int32_t scale_divisor = 1;    // D, the proxy divisor
+    int32_t width = 0;            // W, H: the image the particles live in
+    int32_t height = 0;
+    ImageQv *birth_matte = nullptr;
+    ImageQv *burst_matte = nullptr;
+    ImageQv *reflection_image = nullptr;
+    ImageQv *output_image = nullptr;
+
+    // Refills randomTable with successive ran1fQv draws from *seed.
+    void fill_random_table(long *seed);
+
+    // Sprites.
+    static tagPARTLUMP *part_lump_create(float radius, float rim, float unused);
+    static tagPARTLUMP *part_aspect_correct(const tagPARTLUMP *lump, float factor);
+    static int p_resizeimage(const uint32_t *src, int32_t src_width, int32_t src_height, uint32_t *dst,
+                             int32_t dst_width, int32_t dst_height, int32_t mode);
+    static void p_resample(const uint8_t *src, uint8_t *dst, int32_t n, int32_t m, int32_t src_stride,
+                           int32_t dst_stride, int32_t mode);
+    static void p_resample(const float *src, int32_t w, int32_t h, float *dst, int32_t w2, int32_t h2);
+    // Replaces the set's corrected sprites by copies of its templates
+    // squeezed by factor; 0 when one could not be made.
+    int part_set_correct_lumps(tagPARTSET *set, float factor);
+
+    // Smooth step and gradient noise.
+    static float soft_step(float x, float edge0, float edge1);
+    void gradientTabInit(long seed);
+    float glattice(int32_t ix, int32_t iy, int32_t iz, float fx, float fy, float fz) const;
+    float gnoise(float x, float y, float z) const;
+
+    // Table-driven random draws; counter is advanced before each read.
+    float get_safe_random(int32_t &counter) const;
+    float part_rand_01(int32_t &counter) const;
+    float part_rand_11(int32_t &counter) const;
+    float part_var_1(float base, float variation, int32_t &counter) const;
+    void part_var_circle(float &x, float &y, float radius, int32_t &counter) const;
+    void part_var_vec(float &vx, float &vy, float magnitude_var, float angle_var, float scale,
+                      int32_t &counter) const;
+    void part_var_col(const tagPARTSET *set, float &r, float &g, float &b, float &a,
+                      int32_t &counter) const;
+
+    // The particle set.
+    tagPARTSET *part_set_create(int32_t capacity);
+    tagPARTBLOB *part_blob_create(int32_t count);
+    void part_blob_destroy(tagPARTBLOB *blob);
+    tagPART *part_alloc(tagPARTSET *set);
+    void part_set_free_all(tagPARTSET *set);
+    void part_set_destroy(tagPARTSET *set);
+    void part_info_from_spark(tagPARTSET *set);
+    int32_t part_set_execute(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t frame,
+                             int32_t use_birth_matte, int32_t congregate);
+
+    // Rendering. part_render decides but never writes the particle: it
+    // returns 1 and the bubble's new age when the bubble bursts now.
+    void mp_PartRender(long first, long last);
+    int32_t part_render(const tagPARTSET *set, const tagPART *particle, long first, long last,
+                        int32_t &counter, int32_t &burst_age);
+    void part_anti_aliased_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
+                                int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
+                                long first, long last, int32_t glint, float light, float lx, float ly,
+                                float lz);
+    void part_exploding_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
+                             int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
+                             long first, long last, int32_t glint, float light, float lx, float ly, float lz,
+                             float extent, float keep, int32_t &counter);
+
+    // The render step of part_set_execute, in its three stages, so that a
+    // caller may run the bands its own way between begin and end.
+    void part_render_begin(tagPARTSET *set);
+    void part_render_bands();
+    void part_render_end();
+
+private:
+    void part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t use_birth_matte,
+                    int32_t &counter);
+    void part_advance(tagPARTSET *set, int32_t frame, int32_t congregate);
+    void shade_pixel(PixelQv &target, int32_t I, float nx, float ny, int32_t W, int32_t H, int32_t red,
+                     int32_t green, int32_t blue, int32_t density, int32_t glint, float light, float lx,
+                     float ly, float lz) const;
+
+    // A burst decided during the render, applied once the bands have joined.
+    struct BurstDecision {
+        tagPART *particle;
+        int32_t age;
+    };
+    tagPARTSET *render_set = nullptr;
+    std::atomic<bool> burst_recorder_taken{false};
+    std::vector<BurstDecision> burst_decisions;
+};

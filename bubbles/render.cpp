@@ -1,0 +1,259 @@
+// The banded bubble renderer: per bubble its fade, light cone, glint and
+// burst decision, then its sprite shaded and blended over the output.
+#include <cmath>
+#include <cstdint>
+
+#include "bubbles/bubbles.h"
+#include "framework/messages.h"
+
+namespace {
+
+int32_t clamp15(int64_t value) {
+    if (value < 0) return 0;
+    if (value > 32767) return 32767;
+    return int32_t(value);
+}
+
+void normalise(float &x, float &y) {
+    const float length = float(std::sqrt(double(x * x + y * y)));
+    if (double(length) < 0.0001) return;
+    x /= length;
+    y /= length;
+}
+
+void normalise(float &x, float &y, float &z) {
+    const float length = float(std::sqrt(double(x * x + y * y + z * z)));
+    if (double(length) < 0.0001) return;
+    x /= length;
+    y /= length;
+    z /= length;
+}
+
+}  // namespace
+
+void Bubbles::part_render_begin(tagPARTSET *set) {
+    mp_region = 1;
+    render_set = set;
+    burst_decisions.clear();
+    burst_recorder_taken.store(false);
+}
+
+void Bubbles::part_render_bands() {
+    if (!output_image) {
+        PrintError("part_set_execute(): no output image to draw the bubbles into\n");
+        return;
+    }
+    MultiProcess(&Bubbles::mp_PartRender, long(output_image->height));
+}
+
+void Bubbles::part_render_end() {
+    for (const BurstDecision &decision : burst_decisions) {
+        decision.particle->bursting = 1;
+        decision.particle->age = decision.age;
+    }
+    burst_decisions.clear();
+    render_set = nullptr;
+    mp_region = 0;
+}
+
+void Bubbles::mp_PartRender(long first, long last) {
+    const tagPARTSET *set = render_set;
+    if (!set) return;
+    // Every band reaches the same decisions; one band writes them down and
+    // they are applied after the join, so no band sees another's writes.
+    const bool recording = !burst_recorder_taken.exchange(true);
+    int32_t counter = 0;
+    for (tagPART *p = set->live_list; p; p = p->next) {
+        if (AbortRender()) break;
+        int32_t burst_age = 0;
+        if (part_render(set, p, first, last, counter, burst_age) && recording)
+            burst_decisions.push_back(BurstDecision{p, burst_age});
+    }
+}
+
+int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first, long last, int32_t &counter,
+                             int32_t &burst_age) {
+    const BubbleParameters &c = parameters;
+    const int32_t W = width, H = height;
+    const int32_t px = int32_t(0.5 + double(p->x));
+    const int32_t py = int32_t(0.5 + double(p->y));
+
+    int32_t red = int32_t(p->colour[0]);
+    int32_t green = int32_t(p->colour[1]);
+    int32_t blue = int32_t(p->colour[2]);
+    const int64_t lum = (5 * int64_t(red) + 8 * int64_t(green) + 3 * int64_t(blue)) >> 4;
+    int64_t density;
+    switch (set->fade_mode) {
+    case kFadeColourAndDensity:
+        // Fades over max_age, not over the bubble's own life: kept on purpose.
+        density = p->max_age ? int64_t(p->max_age - p->age) * lum / p->max_age : 0;
+        break;
+    case kFadeColour:
+        density = lum;
+        break;
+    default:
+        density = int64_t(float(p->max_age - p->age) * p->colour[3] / float(p->max_age));
+        break;
+    }
+    red = clamp15(red);
+    green = clamp15(green);
+    blue = clamp15(blue);
+    density = clamp15(density);
+
+    float light = 0.0f;
+    int32_t glint = -1;
+    if (c.light_on && c.light_intensity > 0) {
+        const float sx = float(c.light_source_x * W), sy = float(c.light_source_y * H);
+        const float tx = float(c.light_target_x * W), ty = float(c.light_target_y * H);
+        float ax = tx - sx, ay = ty - sy;
+        normalise(ax, ay);
+        float bx = p->x - sx, by = p->y - sy;
+        normalise(bx, by);
+        float cosine = ax * bx + ay * by;
+        if (cosine <= 0.0f) {
+            glint = 0;
+        } else {
+            if (double(cosine) > 0.99999) cosine = 0.99999f;
+            const float theta = float(std::acos(double(cosine)));
+            const float half = float(0.008726646261111111 * c.light_spread);
+            const float inner = float(0.7 * double(half));
+            light = float(c.light_intensity / 100 * double(1 - soft_step(theta, inner, half)));
+            glint = int32_t(std::pow(double(cosine), c.glisten_tight) * double(light) * 32767);
+        }
+        red = clamp15(int64_t(float((red * set->light_colour[0]) >> 15) * light));
+        green = clamp15(int64_t(float((green * set->light_colour[1]) >> 15) * light));
+        blue = clamp15(int64_t(float((blue * set->light_colour[2]) >> 15) * light));
+        density = clamp15(int64_t(float(density) * light));
+    }
+
+    float lx = float(c.light_source_x * W - px);
+    float ly = float(c.light_source_y * H - py);
+    float lz = float(c.light_z * W);
+    normalise(lx, ly, lz);
+
+    int32_t bursting = p->bursting;
+    int32_t bursts_now = 0;
+    if (set->burst_on && px >= 0 && py >= 0 && px < W && py < H) {
+        const bool in_matte = burst_matte && px < burst_matte->width && py < burst_matte->height &&
+                              burst_matte->rows[py][px].red >= 16384;
+        if (in_matte || p->age == p->life - 1) {
+            const float r = get_safe_random(counter);
+            if (set->burst_prob > r) {
+                const float r2 = get_safe_random(counter);
+                bursting = 1;
+                burst_age = p->life - int32_t(1 + set->afterlife * r2);
+                bursts_now = 1;
+            }
+        }
+    }
+
+    if (!set->lumps_corrected || p->size < 0 || p->size >= set->lump_count) return bursts_now;
+    const tagPARTLUMP *lump = set->lumps_corrected[p->size];
+    if (!lump || !output_image) return bursts_now;
+    if (!bursting && p->gather_state != 2)
+        part_anti_aliased_lump(output_image, W, H, px, py, red, green, blue, int32_t(density), lump, first, last,
+                               glint, light, lx, ly, lz);
+    else
+        part_exploding_lump(output_image, W, H, px, py, red, green, blue, int32_t(density), lump, first, last,
+                            glint, light, lx, ly, lz, set->burst_extent, set->burst_keep, counter);
+    return bursts_now;
+}
+
+void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, int32_t W, int32_t H, int32_t red,
+                          int32_t green, int32_t blue, int32_t density, int32_t glint, float light, float lx,
+                          float ly, float lz) const {
+    const BubbleParameters &c = parameters;
+    int64_t ref_red = 0, ref_green = 0, ref_blue = 0, ref_lum = 0;
+    if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0) {
+        const float half_w = float(W) / 2, half_h = float(H) / 2;
+        int32_t column = int32_t(nx * half_w + half_w);
+        int32_t row = int32_t(ny * half_h + half_h);
+        if (column > reflection_image->width - 1) column = reflection_image->width - 1;
+        if (column < 0) column = 0;
+        if (row > reflection_image->height - 1) row = reflection_image->height - 1;
+        if (row < 0) row = 0;
+        const PixelQv &seen = reflection_image->rows[row][column];
+        ref_red = clamp15((int64_t(seen.red * c.ref_intensity / 100 * double(light)) * I) >> 15);
+        ref_green = clamp15((int64_t(seen.green * c.ref_intensity / 100 * double(light)) * I) >> 15);
+        ref_blue = clamp15((int64_t(seen.blue * c.ref_intensity / 100 * double(light)) * I) >> 15);
+        ref_lum = (5 * ref_red + 8 * ref_green + 3 * ref_blue) >> 4;
+    }
+
+    int64_t k, h;
+    if (glint < 0) {
+        k = int64_t(density) * I;
+        h = 0;
+    } else {
+        float nz2 = 1 - nx * nx - ny * ny;
+        if (nz2 < 0.0f) nz2 = 0.0f;
+        float d = float(double(lx * nx + ly * ny) + double(lz) * std::sqrt(double(nz2)));
+        if (d < 0.0f) d = 0.0f;
+        if (d > 1.0f) d = 1.0f;
+        k = ((int64_t(density) * glint) >> 15) *
+            int64_t(I * (c.min_bright / 100 + std::pow(double(d), c.shine)));
+        h = int64_t(glint * std::pow(double(d), c.highlight));
+    }
+    int64_t w = k >> 15;
+    if (w > 32768) w = 32768;
+    const int64_t v = 32768 - w;
+    target.red = uint16_t(clamp15(ref_red + ((red * w + target.red * v) >> 15) + h));
+    target.green = uint16_t(clamp15(ref_green + ((green * w + target.green * v) >> 15) + h));
+    target.blue = uint16_t(clamp15(ref_blue + ((blue * w + target.blue * v) >> 15) + h));
+    target.alpha = uint16_t(clamp15(ref_lum + target.alpha + w + h));
+}
+
+// Placement is decided against the whole image, never the band, so a bubble
+// is drawn the same however the rows are split; the band only clips writes.
+void Bubbles::part_anti_aliased_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
+                                     int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
+                                     long first, long last, int32_t glint, float light, float lx, float ly,
+                                     float lz) {
+    const int32_t w = lump->width, h = lump->height;
+    const int32_t rows = image->height;
+    if (px + w / 2 < 0 || px - w / 2 >= W || py + h / 2 < 0 || py - h / 2 >= rows - 1) return;
+    const int32_t left = px - w / 2, top = py - h / 2;
+    const int32_t columns = W < image->width ? W : image->width;
+    long row_begin = top > first ? top : first;
+    long row_end = top + h - 1 < last ? top + h - 1 : last;
+    if (row_begin < 0) row_begin = 0;
+    if (row_end > rows - 1) row_end = rows - 1;
+    for (long y = row_begin; y <= row_end; ++y) {
+        const size_t sprite_row = size_t(y - top) * size_t(w);
+        PixelQv *out = image->rows[y];
+        for (int32_t sc = 0; sc < w; ++sc) {
+            const int32_t x = left + sc;
+            if (x < 0 || x >= columns) continue;
+            const int32_t I = lump->intensity[sprite_row + sc];
+            if (I == 0) continue;
+            shade_pixel(out[x], I, lump->normal_x[sprite_row + sc], lump->normal_y[sprite_row + sc], W, H, red,
+                        green, blue, density, glint, light, lx, ly, lz);
+        }
+    }
+}
+
+void Bubbles::part_exploding_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
+                                  int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
+                                  long first, long last, int32_t glint, float light, float lx, float ly, float lz,
+                                  float extent, float keep, int32_t &counter) {
+    const int32_t w = lump->width, h = lump->height;
+    const int32_t rows = image->height;
+    if (px + w / 2 < 0 || px - w / 2 >= W || py + h / 2 < 0 || py - h / 2 > rows - 1) return;
+    const int32_t left = px - w / 2, top = py - h / 2;
+    const int32_t columns = W < image->width ? W : image->width;
+    for (int32_t sr = 0; sr < h; ++sr) {
+        for (int32_t sc = 0; sc < w; ++sc) {
+            const size_t at = size_t(sr) * size_t(w) + size_t(sc);
+            const int32_t I = lump->intensity[at];
+            if (((int64_t(density) * I) >> 15) <= 10) continue;
+            // Drawn before the band test: every band walks the same draws.
+            const float r = get_safe_random(counter);
+            if (2 * (double(r) - 0.5) <= double(keep)) continue;
+            const float f = get_safe_random(counter) + 1;
+            const int32_t tx = int32_t(float(left + sc - px) * f * extent + float(px));
+            const int32_t ty = int32_t(f * float(top + sr - py) * extent + float(py));
+            if (tx < 0 || tx >= columns || ty < first || ty > last || ty < 0 || ty >= rows) continue;
+            shade_pixel(image->rows[ty][tx], I, lump->normal_x[at], lump->normal_y[at], W, H, red, green, blue,
+                        density, glint, light, lx, ly, lz);
+        }
+    }
+}

@@ -1,0 +1,34 @@
+// A bubble engine with its images, ready for one simulation step in a test.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "bubbles/bubbles.h"
+#include "framework/image.h"
+
+struct EngineRig {
+    EngineRig(int32_t width, int32_t height);
+
+    // Quiet parameters: no motion, no turbulence, no variation.
+    void make_still();
+    // Converts the parameters into the set, as the frame cycle does.
+    void refresh() { engine->part_info_from_spark(set()); }
+    tagPARTSET *set() { return engine->partSet; }
+
+    // A live particle at (x, y) with the given sprite index, white, fully dense.
+    tagPART *add_particle(float x, float y, int32_t size, int32_t life = 100);
+    // One step with a single emitter point.
+    int32_t step(int32_t frame = 0, float emit_x = 10, float emit_y = 10);
+    // The output's pixels as bytes, for exact comparisons.
+    std::vector<uint8_t> output_bytes() const;
+    void fill_matte(ImageQv &matte, uint16_t value);
+
+    std::unique_ptr<Bubbles> engine;
+    std::unique_ptr<ImageQv> output, birth, burst, reflection;
+};
+
+// Pixels of an image that differ from a plain fill.
+int32_t count_changed_pixels(const ImageQv &image, uint16_t red, uint16_t green, uint16_t blue,
+                             uint16_t alpha);
