@@ -1,0 +1,39 @@
+// Host settings and plug-in set-up from fizzle-render's options.
+#include "host_setup.h"
+
+#include <cstdio>
+#include <filesystem>
+
+sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress) {
+    sparkhost::Settings settings;
+    settings.format = options.format;
+    settings.pixel_aspect = float(options.pixel_aspect);
+    settings.processors = options.processors;
+    settings.proxy = options.proxy;
+    settings.total_frames = uint32_t(options.last_frame);
+    // One process renders once: no need for a private copy of the plug-in.
+    settings.private_copy = false;
+    settings.message_sink = [&progress](const sparkhost::Message &message) {
+        progress.clear_line();
+        std::string text = message.text;
+        while (!text.empty() && text.back() == '\n') text.pop_back();
+        const char *prefix = message.kind == sparkhost::Message::Kind::Error ? "spark error: " : "spark message: ";
+        std::fprintf(stderr, "%s%s\n", prefix, text.c_str());
+    };
+    return settings;
+}
+
+void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {
+    for (int clip = 0; clip < sparkhost::kClipCount; ++clip)
+        if (!options.inputs[clip].empty()) host.set_input_file(clip, options.inputs[clip]);
+}
+
+void configure_plugin(sparkhost::Host &, const RenderOptions &) {}
+
+std::string plugin_path(const RenderOptions &options) {
+    if (!options.plugin.empty()) return options.plugin;
+    std::error_code error;
+    std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return "fizzle.spark";
+    return (self.parent_path() / "fizzle.spark").string();
+}

@@ -1,0 +1,34 @@
+// fizzle-render: renders the Fizzle plug-in from the command line.
+#include <cstdio>
+
+#include <CLI/CLI.hpp>
+
+#include "options.h"
+#include "render.h"
+#include "sparkhost/error.h"
+
+int main(int argc, char **argv) {
+    CLI::App app;
+    app.name("fizzle-render");
+    RenderOptions options;
+    add_render_options(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        if (error.get_exit_code() == 0) return app.exit(error);  // --help
+        std::fprintf(stderr, "fizzle-render: %s (see --help)\n", error.what());
+        return 2;
+    }
+    try {
+        resolve_options(options);
+    } catch (const sparkhost::Error &error) {
+        std::fprintf(stderr, "fizzle-render: %s\n", error.what());
+        return 2;
+    }
+    try {
+        return render(options);
+    } catch (const sparkhost::Error &error) {
+        std::fprintf(stderr, "fizzle-render: %s\n", error.what());
+        return 1;
+    }
+}

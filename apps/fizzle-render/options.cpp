@@ -1,0 +1,99 @@
+// fizzle-render's options: declaration, help texts and checks.
+#include "options.h"
+
+#include <cmath>
+#include <regex>
+
+#include "sparkhost/error.h"
+#include "sparkhost/resolution.h"
+
+using sparkhost::Error;
+
+namespace {
+
+std::string joined_resolutions() {
+    std::string text;
+    for (const std::string &name : sparkhost::resolution_names())
+        text += (text.empty() ? "" : "|") + name;
+    return text;
+}
+
+void parse_frames(RenderOptions &options) {
+    static const std::regex form(R"((\d{1,9})(?:-(\d{1,9}))?)");
+    std::smatch match;
+    if (!std::regex_match(options.frames_text, match, form))
+        throw Error("--frames: '" + options.frames_text + "' is not FIRST-LAST or a single frame");
+    options.first_frame = std::stoi(match.str(1));
+    options.last_frame = match[2].matched ? std::stoi(match.str(2)) : options.first_frame;
+    if (options.first_frame < 1)
+        throw Error("--frames: frames are numbered from 1, '" + options.frames_text + "' starts at 0");
+    if (options.last_frame < options.first_frame)
+        throw Error("--frames: '" + options.frames_text + "' ends before it starts");
+}
+
+void parse_size(RenderOptions &options) {
+    static const std::regex form(R"((\d{1,5})x(\d{1,5}))");
+    std::smatch match;
+    if (!std::regex_match(options.size_text, match, form))
+        throw Error("--size: '" + options.size_text + "' is not WIDTHxHEIGHT");
+    int width = std::stoi(match.str(1)), height = std::stoi(match.str(2));
+    if (width < 1 || height < 1 || width > 16384 || height > 16384)
+        throw Error("--size: '" + options.size_text + "' must be 1 to 16384 pixels each way");
+    options.format.width = width;
+    options.format.height = height;
+}
+
+}  // namespace
+
+void add_render_options(CLI::App &app, RenderOptions &options) {
+    app.description(
+        "Renders frames of the Fizzle bubble effect through its Spark interface, as a "
+        "compositing host would, and writes them as image files. Inputs not given are "
+        "built-in pictures.");
+    app.add_option("--frames", options.frames_text,
+                   "Frames to render: FIRST-LAST (e.g. 1-100) or one frame; numbered from 1, "
+                   "as input and output sequences are")
+        ->capture_default_str();
+    app.add_option("--size", options.size_text, "Frame size WIDTHxHEIGHT in pixels; inputs must match it")
+        ->capture_default_str();
+    app.add_option("--depth", options.depth_bits, "Bits a channel: 8, or 12 (written as 16-bit files)")
+        ->capture_default_str()
+        ->check(CLI::IsMember({8, 12}));
+    app.add_option("--aspect", options.pixel_aspect, "Pixel aspect ratio, width over height of a pixel")
+        ->capture_default_str()
+        ->check(CLI::PositiveNumber);
+    app.add_option("--proxy", options.proxy_text,
+                   "Resolution the effect works at: " + joined_resolutions() +
+                       " (default: the plug-in's own setting)");
+    app.add_option("--processors", options.processors, "Processors to spread each frame over, 1-127 (default: this machine's cores)")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 127));
+    app.add_option("--scene", options.inputs[sparkhost::kScene],
+                   "Scene clip: an image or a sequence (name.%04d.exr or name.####.exr); "
+                   "default: a built-in moving scene");
+    app.add_option("--birth", options.inputs[sparkhost::kBirth],
+                   "Birth matte: bubbles are born where it is white; default: the bottom tenth");
+    app.add_option("--burst", options.inputs[sparkhost::kBurst],
+                   "Burst-or-gather matte; default: a soft disc in the upper middle");
+    app.add_option("--reflection", options.inputs[sparkhost::kReflection],
+                   "Image the bubbles reflect; default: a built-in colourful picture");
+    app.add_option("-o,--output", options.output,
+                   "Output file pattern, e.g. out/frame.%04d.png; the extension picks the format "
+                   "(png, tif, exr, dpx, jpg)")
+        ->required();
+    app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
+    app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
+}
+
+void resolve_options(RenderOptions &options) {
+    parse_frames(options);
+    parse_size(options);
+    options.format.depth = options.depth_bits == 12 ? sparkhost::Depth::Bits12 : sparkhost::Depth::Bits8;
+    if (!std::isfinite(options.pixel_aspect) || options.pixel_aspect <= 0)
+        throw Error("--aspect: must be a positive number");
+    if (!options.proxy_text.empty()) {
+        options.proxy = sparkhost::resolution_index(options.proxy_text);
+        if (!options.proxy)
+            throw Error("--proxy: '" + options.proxy_text + "' is not one of " + joined_resolutions());
+    }
+}

@@ -1,0 +1,39 @@
+// fizzle-render's command line: what the user asked for, checked and typed.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "sparkhost/frame.h"
+#include "sparkhost/host.h"
+
+struct RenderOptions {
+    // As typed, turned into the typed fields by resolve_options.
+    std::string frames_text = "1";
+    std::string size_text = "1920x1080";
+    int depth_bits = 8;
+    std::string proxy_text;
+
+    int first_frame = 1;
+    int last_frame = 1;
+    sparkhost::FrameFormat format;
+    double pixel_aspect = 1.0;
+    std::optional<int> proxy;  // resolution list entry; unset leaves the plug-in's own
+    int processors = sparkhost::Settings::default_processors();
+    std::array<std::string, sparkhost::kClipCount> inputs;  // empty: built-in picture
+    std::string output;
+    std::string plugin;  // empty: fizzle.spark next to this program
+    bool quiet = false;
+
+    int frame_count() const { return last_frame - first_frame + 1; }
+};
+
+// Declares every option on the app, bound to the fields of options.
+void add_render_options(CLI::App &app, RenderOptions &options);
+
+// Checks what CLI11 cannot and fills the typed fields; throws
+// sparkhost::Error with a message naming the option.
+void resolve_options(RenderOptions &options);

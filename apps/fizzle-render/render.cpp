@@ -1,0 +1,67 @@
+// The render loop: inputs and output are checked before the first frame, so
+// a bad argument never leaves half a sequence behind.
+#include "render.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "host_setup.h"
+#include "progress.h"
+#include "sparkhost/error.h"
+#include "sparkhost/frame_pattern.h"
+#include "sparkhost/image_io.h"
+
+using sparkhost::Error;
+
+namespace {
+
+void check_output(const RenderOptions &options) {
+    namespace fs = std::filesystem;
+    sparkhost::FramePattern pattern(options.output);
+    if (!pattern.is_sequence() && options.frame_count() > 1)
+        throw Error("output '" + options.output + "' has no frame number (%04d or ####) for " +
+                    std::to_string(options.frame_count()) + " frames");
+    fs::path first = pattern.path(options.first_frame);
+    if (!sparkhost::can_write_image(first.string()))
+        throw Error("output '" + options.output + "': no image format for the extension '" +
+                    first.extension().string() + "'");
+    fs::path directory = first.parent_path().empty() ? fs::path(".") : first.parent_path();
+    std::error_code error;
+    if (!fs::exists(directory, error))
+        throw Error("output directory '" + directory.string() + "' does not exist");
+    if (!fs::is_directory(directory, error))
+        throw Error("output directory '" + directory.string() + "' is not a directory");
+    if (access(directory.c_str(), W_OK) != 0)
+        throw Error("output directory '" + directory.string() + "' is not writable: " + std::strerror(errno));
+    if (fs::is_directory(first, error)) throw Error("output '" + first.string() + "' is a directory");
+}
+
+}  // namespace
+
+int render(const RenderOptions &options) {
+    Progress progress(options.frame_count(), !options.quiet && isatty(STDERR_FILENO));
+    sparkhost::Host host(host_settings(options, progress));
+    attach_inputs(host, options);
+    host.check_inputs(options.first_frame, options.last_frame);
+    check_output(options);
+
+    host.load(plugin_path(options));
+    for (const char *entry : {"SparkInitialise", "SparkProcess", "SparkUnInitialise"})
+        if (!host.exports(entry)) throw Error("plug-in '" + host.plugin_path() + "' exports no " + entry);
+    host.initialise(options.first_frame);
+    configure_plugin(host, options);
+
+    sparkhost::FramePattern output(options.output);
+    for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
+        std::optional<sparkhost::Frame> picture = host.process(frame);
+        if (!picture) throw Error(host.last_failure());
+        sparkhost::write_image(output.path(frame), *picture);
+        progress.frame_done(frame);
+    }
+    host.uninitialise(options.last_frame);
+    progress.finish(options.output);
+    return 0;
+}

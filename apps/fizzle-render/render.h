@@ -1,0 +1,8 @@
+// fizzle-render's main job: check everything, then render and write each frame.
+#pragma once
+
+#include "options.h"
+
+// Returns 0 when every frame was written; throws sparkhost::Error naming the
+// first problem otherwise.
+int render(const RenderOptions &options);

@@ -1,0 +1,137 @@
+// The built-in input pictures.
+#include "sparkhost/default_clips.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "sparkhost/host.h"
+
+namespace sparkhost {
+
+namespace {
+
+struct Colour {
+    double r, g, b;
+};
+
+// A triangle wave with period 1 between 0 and 1.
+double triangle(double t) {
+    double f = t - std::floor(t);
+    return 1.0 - std::fabs(2.0 * f - 1.0);
+}
+
+double smoothstep(double edge0, double edge1, double x) {
+    double t = std::clamp((x - edge0) / (edge1 - edge0), 0.0, 1.0);
+    return t * t * (3.0 - 2.0 * t);
+}
+
+uint16_t to16(double v) { return uint16_t(std::clamp(v, 0.0, 1.0) * 65535.0 + 0.5); }
+
+// Grain from an integer hash, in -1..1.
+double grain(uint32_t x, uint32_t y, uint32_t frame) {
+    uint32_t h = x * 0x8da6b343u ^ y * 0xd8163841u ^ frame * 0xcb1ab31fu;
+    h ^= h >> 15;
+    h *= 0x2c1b3c6du;
+    h ^= h >> 12;
+    return double(h & 0xffff) / 32767.5 - 1.0;
+}
+
+template <class Shader>
+Frame paint(const FrameFormat &format, Shader shade) {
+    Frame frame(format);
+    for (int y = 0; y < format.height; ++y) {
+        // v runs from 0 at the bottom row to 1 at the top.
+        double v = (y + 0.5) / format.height;
+        for (int x = 0; x < format.width; ++x) {
+            double u = (x + 0.5) / format.width;
+            Colour c = shade(x, y, u, v);
+            frame.set_rgb16(x, y, to16(c.r), to16(c.g), to16(c.b));
+        }
+    }
+    return frame;
+}
+
+// Deep water: a blue-to-green gradient, a slow colour wave, drifting light
+// bands, a moving checker texture and grain, all shifting with the frame.
+Frame scene(int number, const FrameFormat &format) {
+    int cell = std::max(format.height / 12, 2);
+    double t = number;
+    return paint(format, [&](int x, int y, double u, double v) {
+        Colour c{0.05 + 0.05 * v, 0.35 - 0.15 * v, 0.40 + 0.15 * v};
+        double wave = triangle(u * 1.5 + v * 0.5 + t * 0.01);
+        c.r += 0.30 * wave * wave;
+        c.g += 0.10 * (1.0 - wave);
+        double band = smoothstep(0.75, 0.95, triangle((u + 0.5 * v) * 4.0 - t * 0.02));
+        c.r += 0.12 * band;
+        c.g += 0.18 * band;
+        c.b += 0.20 * band;
+        int cx = (x + number * 3) / cell;
+        int cy = (y + number) / cell;
+        double check = ((cx + cy) & 1) ? 0.035 : -0.015;
+        c.r += check;
+        c.g += check;
+        c.b += check;
+        double noise = 0.025 * grain(uint32_t(x), uint32_t(y), uint32_t(number));
+        return Colour{c.r + noise, c.g + noise, c.b + noise};
+    });
+}
+
+Frame birth_matte(const FrameFormat &format) {
+    return paint(format, [&](int, int y, double, double) {
+        double white = y * 10 < format.height ? 1.0 : 0.0;
+        return Colour{white, white, white};
+    });
+}
+
+Frame burst_matte(const FrameFormat &format) {
+    double cx = format.width / 2.0;
+    double cy = format.height * 2.0 / 3.0;
+    double radius = std::min(format.width, format.height) / 6.0;
+    return paint(format, [&](int x, int y, double, double) {
+        double dx = x + 0.5 - cx, dy = y + 0.5 - cy;
+        double d = std::sqrt(dx * dx + dy * dy);
+        double white = 1.0 - smoothstep(0.5 * radius, radius, d);
+        return Colour{white, white, white};
+    });
+}
+
+// A rainbow across the picture, brighter towards the top, with a bright
+// window band near the top as a reflection would show.
+Frame reflection(const FrameFormat &format) {
+    return paint(format, [&](int, int, double u, double v) {
+        double light = 0.3 + 0.6 * v;
+        double window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
+        Colour c{triangle(u * 1.5) * light, triangle(u * 1.5 + 1.0 / 3.0) * light,
+                 triangle(u * 1.5 + 2.0 / 3.0) * light};
+        return Colour{c.r + 0.6 * window, c.g + 0.6 * window, c.b + 0.6 * window};
+    });
+}
+
+}  // namespace
+
+Frame default_frame(int clip, int number, const FrameFormat &format) {
+    switch (clip) {
+    case kScene:
+        return scene(number, format);
+    case kBirth:
+        return birth_matte(format);
+    case kBurst:
+        return burst_matte(format);
+    default:
+        return reflection(format);
+    }
+}
+
+Frame DefaultClip::frame(int number, const FrameFormat &format) {
+    if (clip_ == kScene) return default_frame(clip_, number, format);
+    if (!still_ || still_->format() != format)
+        still_ = std::make_unique<Frame>(default_frame(clip_, number, format));
+    return *still_;
+}
+
+std::string DefaultClip::describe() const { return std::string("built-in ") + clip_name(clip_); }
+
+std::shared_ptr<ClipSource> make_default_clip(int clip) { return std::make_shared<DefaultClip>(clip); }
+
+}  // namespace sparkhost
