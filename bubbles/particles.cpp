@@ -46,6 +46,13 @@ void Bubbles::part_birth(tagPARTSET *set, const float *xs, const float *ys, int3
                          int32_t &counter) {
     const int32_t target = int32_t(0.5 + part_var_1(set->density, set->density_var, counter));
     if (target < 1) return;
+    // A life that always rounds below one frame would retry candidates forever.
+    if (0.5 + double(set->lifetime) + std::fabs(double(set->life_var)) < 1.0 ||
+        0.5 + double(set->max_age) + std::fabs(double(set->max_age_var)) < 1.0) {
+        PrintError("part_set_execute(): Lifetime %.3f is too short for any bubble to live a frame\n",
+                   double(set->lifetime));
+        return;
+    }
     const int32_t k = set->lump_count;
     int32_t born = 0, rejected = 0;
     do {

@@ -41,6 +41,8 @@ float Bubbles::part_var_1(float base, float variation, int32_t &counter) const {
 void Bubbles::part_var_circle(float &x, float &y, float radius, int32_t &counter) const {
     const float x0 = x, y0 = y;
     const float P = pixel_aspect;
+    // No point lies within a negative distance: scatter over its size instead.
+    if (radius < 0.0f) radius = -radius;
     float d = radius + 1;
     while (d > radius) {
         x = x0 + radius * part_rand_11(counter);

@@ -147,6 +147,9 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
         }
     }
 
+    // A bubble with no density, no glint and nothing reflected leaves every
+    // pixel as it was and draws no fragments: skip its sprite.
+    if (density == 0 && glint <= 0 && (light == 0.0f || !c.reflections_on)) return bursts_now;
     if (!set->lumps_corrected || p->size < 0 || p->size >= set->lump_count) return bursts_now;
     const tagPARTLUMP *lump = set->lumps_corrected[p->size];
     if (!lump || !output_image) return bursts_now;

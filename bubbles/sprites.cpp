@@ -60,7 +60,7 @@ void part_lump_free(tagPARTLUMP *lump) {
 
 tagPARTLUMP *Bubbles::part_lump_create(float radius, float rim, float /*unused*/) {
     float r = radius;
-    if (r < 0.01f) r = 0.01f;
+    if (double(r) < 0.01) r = 0.01f;
     int32_t s = int32_t(16.0 / double(r));
     if (s < 4) s = 4;
     if (s > 16) s = 16;

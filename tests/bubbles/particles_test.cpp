@@ -161,6 +161,17 @@ TEST(Births, LifeOfOneIsDrawnOnceAndRemovedInTheSameCall) {
     EXPECT_GT(rig.output->rows[50][50].alpha, 0);
 }
 
+TEST(Births, LifetimeTooShortForAnyBirthIsReportedInsteadOfRetriedForever) {
+    EngineRig rig(100, 100);
+    rig.make_still();
+    rig.engine->parameters.lifetime = 0.3;
+    rig.refresh();
+    testing::internal::CaptureStderr();
+    rig.step();
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Lifetime 0.300 is too short"), std::string::npos);
+    EXPECT_EQ(rig.set()->live_count, 0);
+}
+
 TEST(Births, NoCandidatePointsMeansNoStepAtAll) {
     EngineRig rig(100, 100);
     tagPART *p = rig.add_particle(50, 50, 10);
