@@ -9,7 +9,7 @@ namespace {
 #define CONTROL(member) [](BubblesInfo &info) -> ControlQv & { return info.member; }
 
 const ControlBinding kBindings[] = {
-    {29, BoundKind::List, CONTROL(demos), Reaction::Handler, &Bubbles::DemosCB},
+    {29, BoundKind::List, CONTROL(demos), Reaction::Preset, &Bubbles::DemosCB},
     {6, BoundKind::Button, CONTROL(restart[0]), Reaction::Handler, &Bubbles::RestartCB},
     {35, BoundKind::Button, CONTROL(restart[1]), Reaction::Handler, &Bubbles::RestartCB},
     {64, BoundKind::Button, CONTROL(restart[2]), Reaction::Handler, &Bubbles::RestartCB},

@@ -9,8 +9,9 @@ enum class BoundKind { Button, Integer, Float, Angle, Size, Position, Checkbox, 
 
 // What a parameter callback does after it synchronised its control:
 // nothing more, run SyncControls, or run SyncControls and then the effect's
-// handler; colours fill their percent sliders.
-enum class Reaction { None, Sync, Handler, ColourSliders };
+// handler (a preset, which rewrites switches, is followed by SyncControls
+// once more); colours fill their percent sliders.
+enum class Reaction { None, Sync, Handler, Preset, ColourSliders };
 
 struct ControlBinding {
     int number;  // host number; a position's X, a colour's word

@@ -27,8 +27,10 @@ unsigned long *parameter_callback(int number, int reason, SparkInfoStruct info) 
         break;
     case Reaction::Sync:
     case Reaction::Handler:
+    case Reaction::Preset:
         Instance.SyncControls();
         if (binding->handler) (Instance.*binding->handler)(control, handler_value(*binding, control));
+        if (binding->reaction == Reaction::Preset) Instance.SyncControls();
         // The host redraws the controls whose visibility the switch changed.
         if (binding->kind == BoundKind::Checkbox) sparkControlUpdate(number);
         break;

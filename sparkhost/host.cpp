@@ -274,12 +274,17 @@ void Host::make_current() {
 ControlTable &Host::controls() { return controls_; }
 
 std::optional<Frame> Host::user_change(Control &control, const double *value) {
+    // The viewer keeps showing the last frame unless the callback renders.
+    Frame shown = output_;
     prepare_frame(current_frame_);
     apply_proxy();
     make_current();
     const SparkInfoStruct info = info_record(current_frame_);
     unsigned long *result = value ? control.set_by_user(*value, info) : control.notify(info);
-    if (!result || static_cast<void *>(result) != static_cast<void *>(output_.data())) return std::nullopt;
+    if (!result || static_cast<void *>(result) != static_cast<void *>(output_.data())) {
+        output_ = std::move(shown);
+        return std::nullopt;
+    }
     return output_;
 }
 

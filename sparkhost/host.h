@@ -135,14 +135,16 @@ public:
     const std::string &last_failure() const { return last_failure_; }
 
     // --- controls ------------------------------------------------------------
-    // The loaded plug-in's controls; load() registers them for the spark*
-    // functions (setups, curves), and each make_current() re-registers them.
-    // Before each frame process() writes the curves' values into them.
+    // The loaded plug-in's controls. load() registers them for the spark*
+    // functions (setups, curves) and make_current() registers them again
+    // when another table took their place. Before each frame process()
+    // writes the curves' values into them, at the info record's frame.
     ControlTable &controls();
     // As a user would: prepares the buffers of the frame last processed (or
     // started), sets the value and calls the control's callback with reason
-    // 1. Returns the output when the callback rendered. Throws ControlError
-    // for an unknown control or a value it refuses.
+    // 1. Returns the output when the callback rendered; otherwise the output
+    // buffer keeps the last frame. Throws ControlError for an unknown control
+    // or a value it refuses.
     std::optional<Frame> set_control(std::string_view name, double value);
     std::optional<Frame> set_control(int number, double value);
     // Presses a push button (or calls any control's callback) the same way.

@@ -63,8 +63,10 @@ TEST_F(ControlCallbacks, ParameterChangeRendersWithAutoPreviewAndOnlyRedrawsWith
     EXPECT_EQ(redraws(), before);
 
     host().set_control(63, 0);
+    const sparkhost::Frame shown = host().output_buffer();
     before = redraws();
     EXPECT_FALSE(host().set_control("Density", 30));
+    EXPECT_TRUE(host().output_buffer() == shown);
     EXPECT_FALSE(host().press_control(6));  // "Restart" on page 0
     EXPECT_FALSE(host().set_control("Gravity", 1));
     EXPECT_EQ(redraws(), before + 3);
