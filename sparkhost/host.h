@@ -11,7 +11,9 @@
 //     host.uninitialise();                                    // see last_failure()
 //
 // Frames are numbered from 1 as the user and file sequences count them; the
-// info record's FrameNo is that number minus 1. Inputs not given are the
+// info record's FrameNo is that number minus 1, and sparkGetFrame's frame
+// argument counts the same way as FrameNo. The destructor only unloads the
+// plug-in: calling uninitialise() (which saves the setup) is the caller's. Inputs not given are the
 // built-in pictures of default_clips.h. Buffers follow frame.h: row 0 is the
 // bottom row; files are flipped on reading and writing, never the plug-in.
 //

@@ -1,5 +1,6 @@
 // fizzle-render: renders the Fizzle plug-in from the command line.
 #include <cstdio>
+#include <exception>
 
 #include <CLI/CLI.hpp>
 
@@ -29,6 +30,9 @@ int main(int argc, char **argv) {
         return render(options);
     } catch (const sparkhost::Error &error) {
         std::fprintf(stderr, "fizzle-render: %s\n", error.what());
+        return 1;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "fizzle-render: unexpected failure: %s\n", error.what());
         return 1;
     }
 }

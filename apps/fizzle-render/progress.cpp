@@ -22,6 +22,8 @@ Progress::Progress(int total_frames, bool enabled)
 
 Progress::~Progress() { clear_line(); }
 
+void Progress::start() { start_ = std::chrono::steady_clock::now(); }
+
 double Progress::seconds() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
 }
@@ -53,6 +55,11 @@ void Progress::finish(const std::string &where) {
     if (!enabled_) return;
     clear_line();
     double elapsed = seconds();
+    char took[32];
+    if (elapsed < 60)
+        std::snprintf(took, sizeof took, "%.1f s", elapsed);
+    else
+        std::snprintf(took, sizeof took, "%s", clock_text(elapsed).c_str());
     std::fprintf(stderr, "Rendered %d frame%s to %s in %s (%.1f fps)\n", done_, done_ == 1 ? "" : "s",
-                 where.c_str(), clock_text(elapsed).c_str(), elapsed > 0 ? done_ / elapsed : 0.0);
+                 where.c_str(), took, elapsed > 0 ? done_ / elapsed : 0.0);
 }

@@ -10,6 +10,8 @@ public:
     Progress(int total_frames, bool enabled);
     ~Progress();
 
+    // Starts the clock: frames per second count from the first frame.
+    void start();
     void frame_done(int frame);
     // Takes the bar off the line so another message can be printed.
     void clear_line();

@@ -55,6 +55,7 @@ int render(const RenderOptions &options) {
     configure_plugin(host, options);
 
     sparkhost::FramePattern output(options.output);
+    progress.start();
     for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
         std::optional<sparkhost::Frame> picture = host.process(frame);
         if (!picture) throw Error(host.last_failure());

@@ -76,13 +76,6 @@ TEST(ProcessorFork, WithoutAHostRunsTheCountGivenAsFourthArgument) {
     EXPECT_EQ(sparkMemGetBuffer(2, &record), 0);
 }
 
-TEST(ProcessorFork, OutsideAWorkerInfoGivesIndexZero) {
-    unsigned int position = 5, stride = 0;
-    sparkMpInfo(&position, &stride);
-    EXPECT_EQ(position, 0u);
-    EXPECT_EQ(stride, 1u);
-}
-
 TEST(ThreadPool, NestedRunFromAWorkerRunsInlineInsteadOfDeadlocking) {
     ThreadPool pool(2);
     std::atomic<int> inner{0};
