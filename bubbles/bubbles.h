@@ -183,22 +183,10 @@ private:
 
 public:
     // ------------------------------------------------------------------
-    // Frame processing: what one frame does with its images, and the
-    // caches and requests it keeps from one frame to the next.
+    // Frame processing: what one frame does with its images. Its caches
+    // and requests are the frame state declared with the instance above.
     // ------------------------------------------------------------------
     static constexpr int32_t kMaxBirthPositions = 16384;
-
-    int32_t frameWidth = 0;  // output image of the current frame
-    int32_t frameHeight = 0;
-    float ratioA = 1.0f;  // the output's two ratio values; ratioB / ratioA is the sprite aspect
-    float ratioB = 1.0f;
-    float lumpAspect = -400.0f;  // aspect the sprites were last corrected for; -400 forces a rebuild
-    int32_t firstFrame = 1;      // no frame processed yet: nothing to remap
-    float renderScale = 1.0f;    // the output's video scale, maps a size value to a sprite
-    int32_t restartPending = 0;  // level flags raised by the buttons, consumed by the next frame
-    int32_t preRollPending = 0;
-    int32_t prevWidth = 0;  // frame size the live particles were last positioned for
-    int32_t prevHeight = 0;
 
     // One frame: keeps sprites and particles matched to the output, carries
     // out pending requests, advances the set one step and draws it over a

@@ -30,21 +30,14 @@ void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {
         if (!options.inputs[clip].empty()) host.set_input_file(clip, options.inputs[clip]);
 }
 
-sparkhost::ControlTable &plugin_controls(sparkhost::Host &host) {
-    if (sparkhost::ControlTable *registered = sparkhost::registered_controls()) return *registered;
-    return sparkhost::register_plugin_controls(
-        sparkhost::ControlTable::discover([&host](const char *name) { return host.symbol(name); }));
-}
+sparkhost::ControlTable &plugin_controls(sparkhost::Host &host) { return host.controls(); }
 
 void configure_plugin(sparkhost::Host &host, const RenderOptions &options) {
-    const int frame = options.first_frame;
-    apply_control_options(plugin_controls(host), options, [&host, frame](sparkhost::Control &control, const double *value) {
-        host.prepare_frame(frame);
-        const SparkInfoStruct info = host.info_record(frame);
+    apply_control_options(host.controls(), options, [&host](sparkhost::Control &control, const double *value) {
         if (value)
-            control.set_by_user(*value, info);
+            host.set_control(control.number(), *value);
         else
-            control.notify(info);
+            host.press_control(control.number());
     });
 }
 
