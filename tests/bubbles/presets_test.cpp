@@ -29,11 +29,6 @@ TEST(DemoPresets, EveryPresetSharesTheHouseLook) {
         EXPECT_EQ(p.light_on, 1.0);
         EXPECT_EQ(p.bubble_colour[3], 32640);
         EXPECT_EQ(p.light_colour[3], 32640);
-        // Values a preset must always give, whatever it leaves alone.
-        for (const DemoPreset::Value *v : {&p.preroll, &p.left_x, &p.right_y, &p.position_var, &p.density,
-                                           &p.growth_mode, &p.gravity_on, &p.friction_on, &p.burst_on,
-                                           &p.reflections_on, &p.light_source_x, &p.light_target_y})
-            EXPECT_TRUE(v->has_value());
         // Burst settings are given only where bursting or gathering is on.
         const bool gives_burst = p.burst_on == 1.0 || p.congregate == 1.0;
         EXPECT_EQ(p.burst_probability.has_value(), gives_burst);
