@@ -304,6 +304,12 @@ void apply_control_options(ControlTable &controls, const RenderOptions &options,
     if (!options.preset.empty()) choose_preset(controls, options.preset, act);
     for (const ControlAssignment &assignment : options.sets) set_one(controls, assignment, act);
     for (const ControlAnimation &animation : options.animations) animate_one(controls, animation);
+    if (!options.import_amplitude.empty()) {
+        Control *button = controls.find("Import Amplitude File");
+        if (!button || button->kind() != ControlKind::Push)
+            throw Error("--import-amplitude: the plug-in has no \"Import Amplitude File\" button");
+        act(*button, nullptr);
+    }
     if (options.preroll) {
         Control *button = controls.find("Restart+PreRoll");
         if (!button || button->kind() != ControlKind::Push)

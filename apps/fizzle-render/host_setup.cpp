@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "control_options.h"
+#include "sparkhost/error.h"
 
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress) {
     sparkhost::Settings settings;
@@ -33,12 +34,22 @@ void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {
 sparkhost::ControlTable &plugin_controls(sparkhost::Host &host) { return host.controls(); }
 
 void configure_plugin(sparkhost::Host &host, const RenderOptions &options) {
+    // The host's file browser answers "Import Amplitude File" with this file.
+    host.settings().browser_answer = options.import_amplitude;
+    const size_t messages_before = host.messages().size();
     apply_control_options(host.controls(), options, [&host](sparkhost::Control &control, const double *value) {
         if (value)
             host.set_control(control.number(), *value);
         else
             host.press_control(control.number());
     });
+    // The plug-in reports an unreadable or malformed amplitude file to the
+    // user; here that ends the run before any frame is written.
+    if (!options.import_amplitude.empty()) {
+        const std::vector<sparkhost::Message> messages = host.messages();
+        for (size_t i = messages_before; i < messages.size(); ++i)
+            throw sparkhost::Error("--import-amplitude: '" + options.import_amplitude + "': " + messages[i].text);
+    }
 }
 
 std::string plugin_path(const RenderOptions &options) {

@@ -1,8 +1,9 @@
 // fizzle-render's options: declaration, help texts and checks.
 #include "options.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
+#include <fstream>
 #include <regex>
 
 #include "sparkhost/error.h"
@@ -120,7 +121,8 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
 
-    const char *group = "Controls (applied in this order: setup, preset, sets, animations, pre-roll)";
+    const char *group =
+        "Controls (applied in this order: setup, preset, sets, animations, amplitude import, pre-roll)";
     app.add_option("--setup", options.setup, "Setup file to load first (as written by --save-setup)")
         ->group(group);
     app.add_option("--preset", options.preset,
@@ -135,6 +137,10 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     app.add_option("--animate", options.animate_texts,
                    "NAME=FRAME:VALUE,...: keys on the control's animation curve, frames counted as "
                    "--frames counts them (\"Density=1:5,48:40\"); repeatable")
+        ->group(group);
+    app.add_option("--import-amplitude", options.import_amplitude,
+                   "FILE: press \"Import Amplitude File\" and pick FILE, an amplitude control file whose "
+                   "keys become the animation curve of control 93")
         ->group(group);
     app.add_flag("--preroll", options.preroll,
                  "Press \"Restart+PreRoll\" before the first frame, so it starts with bubbles in flight")
@@ -153,6 +159,8 @@ void resolve_options(RenderOptions &options) {
         throw Error("--output is required (unless only --list-controls, --list-presets or --save-setup is asked for)");
     for (const std::string &text : options.set_texts) options.sets.push_back(parse_assignment(text));
     for (const std::string &text : options.animate_texts) options.animations.push_back(parse_animation(text));
+    if (!options.import_amplitude.empty() && !std::ifstream(options.import_amplitude))
+        throw Error("--import-amplitude: cannot read '" + options.import_amplitude + "'");
     parse_frames(options);
     parse_size(options);
     options.format.depth = options.depth_bits == 12 ? sparkhost::Depth::Bits12 : sparkhost::Depth::Bits8;

@@ -45,13 +45,15 @@ struct RenderOptions {
     bool quiet = false;
 
     // What the plug-in's controls are set to before the first frame, in
-    // this order: setup, preset, sets, animations, then the pre-roll.
+    // this order: setup, preset, sets, animations, the amplitude
+    // import, then the pre-roll.
     std::string setup;       // setup file to load
     std::string preset;      // an entry of the "Demos" list
     std::vector<std::string> set_texts;
     std::vector<std::string> animate_texts;
     std::vector<ControlAssignment> sets;
     std::vector<ControlAnimation> animations;
+    std::string import_amplitude;  // amplitude control file picked for "Import Amplitude File"
     bool preroll = false;    // press "Restart+PreRoll" before the first frame
     std::string save_setup;  // where to write the setup in force once the options are applied
     bool list_controls = false;

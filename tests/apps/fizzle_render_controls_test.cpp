@@ -159,3 +159,29 @@ TEST_F(FizzleRenderControls, ListsPresetsAndControlsWithoutRendering) {
     for (const char *part : {"Light Inten", "50", "0 to 500"}) EXPECT_NE(light.find(part), std::string::npos) << light;
     EXPECT_EQ(images(), 0);
 }
+
+TEST_F(FizzleRenderControls, AmplitudeImportPutsTheFileKeysOnControl93AtTheirKeyNumbers) {
+    const std::string data = FIZZLE_TEST_DATA;
+    const RunResult result = run({"--preset", "Basic", "--import-amplitude", data + "/frame_differs.amp", "--frames",
+                                  "1-2", "--size", "32x24", "-o", path("a.####.png"), "--save-setup",
+                                  path("amp.json")});
+    ASSERT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_EQ(images(), 2);
+    const nlohmann::json setup = nlohmann::json::parse(slurp(path("amp.json")));
+    nlohmann::json curve;
+    for (const nlohmann::json &entry : setup["controls"])
+        if (entry["number"] == 93) curve = entry["curve"];
+    // The file's Frame fields (3 and 7) are ignored; the Key numbers place the keys.
+    EXPECT_EQ(curve, nlohmann::json::parse("[[10.0, 1.5], [20.0, 2.5]]"));
+
+    for (const auto &entry : fs::directory_iterator(dir_))
+        if (entry.path().extension() == ".png") fs::remove(entry.path());
+
+    expect_refused({"--import-amplitude", path("absent.amp")}, {"absent.amp", "cannot read"});
+    // The plug-in tells the user first, then the run ends naming the file.
+    const RunResult bad = run({"--import-amplitude", data + "/bad_header.amp", "--frames", "1", "--size", "32x24",
+                               "-o", path("b.png")});
+    EXPECT_NE(bad.exit_code, 0);
+    EXPECT_NE(bad.err.find("'" + data + "/bad_header.amp': Not a valid control file"), std::string::npos) << bad.err;
+    EXPECT_EQ(images(), 0);
+}
