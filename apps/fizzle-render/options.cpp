@@ -4,6 +4,7 @@
 #include <cmath>
 #include <regex>
 
+#include "overlay_output.h"
 #include "sparkhost/error.h"
 #include "sparkhost/resolution.h"
 
@@ -81,6 +82,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                    "Output file pattern, e.g. out/frame.%04d.png; the extension picks the format "
                    "(png, tif, exr, dpx, jpg)")
         ->required();
+    add_overlay_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
 }

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "host_setup.h"
+#include "overlay_output.h"
 #include "progress.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
@@ -53,12 +54,14 @@ int render(const RenderOptions &options) {
         if (!host.exports(entry)) throw Error("plug-in '" + host.plugin_path() + "' exports no " + entry);
     host.initialise(options.first_frame);
     configure_plugin(host, options);
+    OverlayOutput overlay(host, options);
 
     sparkhost::FramePattern output(options.output);
     progress.start();
     for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
         std::optional<sparkhost::Frame> picture = host.process(frame);
         if (!picture) throw Error(host.last_failure());
+        overlay.apply(frame, *picture);
         sparkhost::write_image(output.path(frame), *picture);
         progress.frame_done(frame);
     }
