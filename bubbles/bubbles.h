@@ -1,22 +1,70 @@
-// The bubble effect: the particle engine's state and operations.
+// The bubble effect: the effect instance with its controls and callbacks, and
+// the particle engine's state and operations.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 #include <vector>
 
+#include "bubbles/bubbles_info.h"
 #include "bubbles/parameters.h"
 #include "bubbles/particle_set.h"
 #include "bubbles/sprite.h"
+#include "framework/controls.h"
 #include "framework/image.h"
+#include "framework/overlay.h"
 #include "framework/plugin.h"
 
-class Bubbles : public PluginQv {
+class Bubbles : public PluginQv, public OverlayQv {
 public:
     Bubbles();
     ~Bubbles() override;
     Bubbles(const Bubbles &) = delete;
     Bubbles &operator=(const Bubbles &) = delete;
+
+    // ------------------------------------------------------------------
+    // The effect instance: controls, frame state, requests and callbacks.
+    // ------------------------------------------------------------------
+    BubblesInfo info;
+    int32_t frameWidth = 0;  // output image of the current frame
+    int32_t frameHeight = 0;
+    float ratioA = 1.0f;     // the output image's two ratio values; ratioB / ratioA is the sprite aspect
+    float ratioB = 1.0f;
+    float lumpAspect = -400.0f;  // aspect the sprites were last corrected for; -400 forces a rebuild
+    int32_t firstFrame = 1;      // no frame processed yet
+    float renderScale = 1.0f;    // the output image's scale value
+    // Requests raised by the buttons and consumed by the next frame. Level
+    // flags: several presses before a frame count as one.
+    int32_t restartPending = 0;
+    int32_t preRollPending = 0;
+    int32_t requestSpare = 0;  // cleared with the two requests; nothing reads it
+    int32_t prevWidth = 0;     // frame size the live particles were last positioned for
+    int32_t prevHeight = 0;
+
+    void ProcessFrame() override;
+    // Syncs every control, then applies the visibility rules.
+    void SyncControls() override;
+    void RenderOverlay() override;
+    void HandleInteraction(InterType type, float x, float y) override;
+
+    // Copies the controls' per-frame caches into parameters, in effect units.
+    void ReadControls();
+
+    // Control callbacks, called by the host adapter after it synchronised
+    // the control that changed; the value is that control's.
+    void RestartCB(ControlQv &control, double value);
+    void PreRollCB(ControlQv &control, double value);
+    void RestartPreRollCB(ControlQv &control, double value);
+    void GrowthModeCB(ControlQv &control, double value);
+    void DoGravityCB(ControlQv &control, double value);
+    void DoFrictionCB(ControlQv &control, double value);
+    void DoTurbulenceCB(ControlQv &control, double value);
+    void DoLightCB(ControlQv &control, double value);
+    void DoReflectionsCB(ControlQv &control, double value);
+    void DoBubblesBurstCB(ControlQv &control, double value);
+    void DoCongregateCB(ControlQv &control, double value);
+    // Requests a restart and loads the chosen preset.
+    void DemosCB(ControlQv &control, double time);
 
     // ------------------------------------------------------------------
     // Particle engine: tables, frame inputs and the operations of the
@@ -107,6 +155,16 @@ public:
     void part_render_end();
 
 private:
+    // The visibility rules, one per switch or list.
+    void GravityRule();
+    void FrictionRule();
+    void TurbulenceRule();
+    void LightRule();
+    void ReflectionsRule();
+    void BurstProbabilityRule();
+    void SharedBurstRule();
+    void GrowthModeRule();
+
     void part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t use_birth_matte,
                     int32_t &counter);
     void part_advance(tagPARTSET *set, int32_t frame, int32_t congregate);

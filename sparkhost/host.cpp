@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "sparkhost/curves.h"
 #include "sparkhost/default_clips.h"
 #include "sparkhost/error.h"
 #include "sparkhost/file_clip.h"
@@ -21,6 +22,8 @@ namespace sparkhost {
 namespace {
 
 std::atomic<Host *> current_host{nullptr};
+// The host whose controls are registered for the spark* functions.
+std::atomic<Host *> registered_host{nullptr};
 
 using InitialiseFunction = unsigned int (*)(SparkInfoStruct);
 using ProcessFunction = unsigned long *(*)(SparkInfoStruct);
@@ -78,6 +81,8 @@ Host::Host(Settings settings) : settings_(checked(std::move(settings))), pool_(s
 Host::~Host() {
     Host *self = this;
     current_host.compare_exchange_strong(self, nullptr);
+    self = this;
+    if (registered_host.compare_exchange_strong(self, nullptr)) unregister_plugin_controls();
     if (handle_) dlclose(handle_);
 }
 
@@ -96,6 +101,7 @@ void Host::load(const std::string &path) {
     if (!handle) throw Error("cannot load plug-in '" + path + "': " + problem);
     handle_ = handle;
     path_ = path;
+    controls_ = ControlTable::discover(handle_);
     make_current();
 }
 
@@ -151,6 +157,7 @@ unsigned Host::initialise(int frame) {
     auto initialise_entry = entry<InitialiseFunction>("SparkInitialise");
     if (!initialise_entry) throw Error("plug-in '" + path_ + "' exports no SparkInitialise");
     make_current();
+    current_frame_ = frame;
     unsigned result = initialise_entry(info_record(frame));
     if (auto clips_entry = entry<IntFunction>("SparkClips")) clips_entry();
     if (auto temp_buffers = entry<VoidFunction>("SparkMemoryTempBuffers")) temp_buffers();
@@ -165,6 +172,8 @@ std::optional<Frame> Host::process(int frame) {
     prepare_frame(frame);
     apply_proxy();
     make_current();
+    current_frame_ = frame;
+    apply_curves(controls_, float(info_record(frame).FrameNo));
     if (!started_) {
         if (auto start = entry<IntFunction>("SparkProcessStart")) start();
         started_ = true;
@@ -249,7 +258,47 @@ void Host::clear_messages() {
     messages_.clear();
 }
 
-void Host::make_current() { current_host.store(this); }
+void Host::make_current() {
+    current_host.store(this);
+    if (!handle_) return;
+    // Re-registered only when another table took the place of ours, so that
+    // references into the registered table stay valid while we run.
+    const ControlTable *registered = registered_controls();
+    const bool ours = registered_host.exchange(this) == this && registered &&
+                      registered->controls().size() == controls_.controls().size() &&
+                      (controls_.empty() ||
+                       registered->controls().front().structure() == controls_.controls().front().structure());
+    if (!ours) register_plugin_controls(controls_);
+}
+
+ControlTable &Host::controls() { return controls_; }
+
+std::optional<Frame> Host::user_change(Control &control, const double *value) {
+    // The viewer keeps showing the last frame unless the callback renders.
+    Frame shown = output_;
+    prepare_frame(current_frame_);
+    apply_proxy();
+    make_current();
+    const SparkInfoStruct info = info_record(current_frame_);
+    unsigned long *result = value ? control.set_by_user(*value, info) : control.notify(info);
+    if (!result || static_cast<void *>(result) != static_cast<void *>(output_.data())) {
+        output_ = std::move(shown);
+        return std::nullopt;
+    }
+    return output_;
+}
+
+std::optional<Frame> Host::set_control(std::string_view name, double value) {
+    return user_change(controls_.at(name), &value);
+}
+
+std::optional<Frame> Host::set_control(int number, double value) {
+    return user_change(controls_.at(number), &value);
+}
+
+std::optional<Frame> Host::press_control(std::string_view name) { return user_change(controls_.at(name), nullptr); }
+
+std::optional<Frame> Host::press_control(int number) { return user_change(controls_.at(number), nullptr); }
 
 Host *Host::current() { return current_host.load(); }
 

@@ -43,6 +43,7 @@
 
 #include "spark/spark.h"
 #include "sparkhost/clip_source.h"
+#include "sparkhost/controls.h"
 #include "sparkhost/frame.h"
 #include "sparkhost/thread_pool.h"
 
@@ -135,6 +136,23 @@ public:
     const Frame &output_buffer() const { return output_; }
     const std::string &last_failure() const { return last_failure_; }
 
+    // --- controls ------------------------------------------------------------
+    // The loaded plug-in's controls. load() registers them for the spark*
+    // functions (setups, curves) and make_current() registers them again
+    // when another table took their place. Before each frame process()
+    // writes the curves' values into them, at the info record's frame.
+    ControlTable &controls();
+    // As a user would: prepares the buffers of the frame last processed (or
+    // started), sets the value and calls the control's callback with reason
+    // 1. Returns the output when the callback rendered; otherwise the output
+    // buffer keeps the last frame. Throws ControlError for an unknown control
+    // or a value it refuses.
+    std::optional<Frame> set_control(std::string_view name, double value);
+    std::optional<Frame> set_control(int number, double value);
+    // Presses a push button (or calls any control's callback) the same way.
+    std::optional<Frame> press_control(std::string_view name);
+    std::optional<Frame> press_control(int number);
+
     // --- settings and records ----------------------------------------------
     const Settings &settings() const { return settings_; }
     // Everything but the processor count may change between frames.
@@ -173,6 +191,7 @@ private:
     Function entry(const char *name) const;
     void require_loaded(const char *what) const;
     void apply_proxy();
+    std::optional<Frame> user_change(Control &control, const double *value);
 
     Settings settings_;
     ThreadPool pool_;
@@ -182,6 +201,8 @@ private:
     std::array<Frame, kClipCount> input_buffers_;
     Frame output_;
     bool started_ = false;
+    int current_frame_ = 1;
+    ControlTable controls_;
     std::string last_failure_;
     mutable std::mutex messages_mutex_;
     std::vector<Message> messages_;
