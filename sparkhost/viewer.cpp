@@ -110,10 +110,11 @@ std::vector<PenOutcome> Viewer::stroke(PenPoint from, PenPoint to, int steps, fl
     std::vector<PenOutcome> outcomes;
     outcomes.push_back(pen(from.x, from.y, 0.0f));
     outcomes.push_back(pen(from.x, from.y, pressure));
-    for (int i = 1; i <= steps; ++i) {
+    for (int i = 1; i < steps; ++i) {
         const float t = float(i) / float(steps);
         outcomes.push_back(pen(from.x + (to.x - from.x) * t, from.y + (to.y - from.y) * t, pressure));
     }
+    outcomes.push_back(pen(to.x, to.y, pressure));
     outcomes.push_back(pen(to.x, to.y, 0.0f));
     return outcomes;
 }

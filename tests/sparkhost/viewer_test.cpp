@@ -1,4 +1,4 @@
-// The host's viewer driving the real plug-in's viewer entry points, and
+// The host's viewer: its refusals, the state byte that stops the pen, and
 // overlays drawn over frames of both depths.
 #include <gtest/gtest.h>
 
@@ -29,29 +29,6 @@ GlPrimitive primitive(GLenum mode, GlColour colour, std::vector<GlVertex> vertic
 
 }  // namespace
 
-TEST(Viewer, PenSamplesBecomeCursorAndRedrawRequestsOfTheirEvents) {
-    Host host(small_frame());
-    host.load(FIZZLE_PLUGIN_PATH);
-    host.initialise();
-    ASSERT_TRUE(host.process(1));
-    Viewer viewer(host);
-    viewer.pen(10, 10, 0.0f);  // the pen starts lifted, whatever earlier tests left
-
-    PenOutcome hover = viewer.pen(10, 10, 0.0f);
-    PenOutcome press = viewer.pen(10, 10, 0.5f);
-    PenOutcome drag = viewer.pen(20, 12, 0.7f);
-    PenOutcome release = viewer.pen(20, 12, 0.0f);
-    EXPECT_EQ(hover.cursors, std::vector<int>{SPARK_CURSOR_NORMAL});
-    EXPECT_EQ(hover.redraws, 0);
-    EXPECT_EQ(press.cursors, std::vector<int>{SPARK_CURSOR_NORMAL}) << "nothing under the pen to catch";
-    EXPECT_EQ(press.redraws, 1);
-    EXPECT_TRUE(drag.cursors.empty());
-    EXPECT_EQ(drag.redraws, 1);
-    EXPECT_EQ(release.cursor(), SPARK_CURSOR_NORMAL);
-    EXPECT_EQ(release.redraws, 1);
-    for (const PenOutcome &outcome : {hover, press, drag, release}) EXPECT_FALSE(outcome.frame);
-}
-
 TEST(Viewer, InactiveViewerStateMakesThePenDoNothing) {
     Host host(small_frame());
     host.load(FIZZLE_PLUGIN_PATH);
@@ -60,24 +37,6 @@ TEST(Viewer, InactiveViewerStateMakesThePenDoNothing) {
     viewer.set_active(false);
     EXPECT_EQ(viewer.info_record().ViewerState, 0);
     for (const PenOutcome &outcome : viewer.stroke({5, 5}, {30, 30})) EXPECT_TRUE(outcome.ignored());
-}
-
-TEST(Viewer, InfoRecordCarriesOffsetsZoomAndFrame) {
-    Host host(small_frame());
-    Viewer viewer(host);
-    viewer.set_offset(-12, 7);
-    viewer.set_zoom(2.0f);
-    viewer.set_frame(5);
-    SparkInfoStruct info = viewer.info_record();
-    EXPECT_EQ(info.ViewerOffsetX, -12);
-    EXPECT_EQ(info.ViewerOffsetY, 7);
-    EXPECT_EQ(info.ViewerZoom, 2.0f);
-    EXPECT_EQ(info.ViewerWidth, 192);
-    EXPECT_EQ(info.FrameNo, 4u);
-    EXPECT_EQ(info.ViewerState, 1);
-    viewer.set_ratio(0.75f);
-    host.make_current();
-    EXPECT_EQ(sparkGetViewerRatio(), 0.75f) << "the host answering is the viewer's";
 }
 
 TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugIn) {
@@ -90,17 +49,6 @@ TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugIn) {
     EXPECT_THROW(viewer.pen(1, 1, 0.5f), Error);
     EXPECT_THROW(viewer.stroke({0, 0}, {1, 1}, 0), Error);
     EXPECT_EQ(viewer.zoom(), 1.0f);
-}
-
-TEST(Viewer, DrawsTheOverlayOncePerCallWithAFlush) {
-    Host host(small_frame());
-    host.load(FIZZLE_PLUGIN_PATH);
-    host.initialise();
-    Viewer viewer(host);
-    viewer.draw();
-    viewer.draw();
-    EXPECT_EQ(gl_recorder().flushes(), 1) << "each draw starts from a clean picture";
-    EXPECT_EQ(gl_recorder().misuses(), 0);
 }
 
 TEST(DrawOverFrame, PaintsOnlyWhatTheOverlayTouchesAtBothDepths) {
