@@ -184,4 +184,24 @@ private:
     tagPARTSET *render_set = nullptr;
     std::atomic<bool> burst_recorder_taken{false};
     std::vector<BurstDecision> burst_decisions;
+
+public:
+    // ------------------------------------------------------------------
+    // Frame processing: what one frame does with its images. Its caches
+    // and requests are the frame state declared with the instance above.
+    // ------------------------------------------------------------------
+    static constexpr int32_t kMaxBirthPositions = 16384;
+
+    // One frame: keeps sprites and particles matched to the output, carries
+    // out pending requests, advances the set one step and draws it over a
+    // copy of the scene. The mattes and the reflection may be null.
+    void process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burst, ImageQv *reflection,
+                              ImageQv *output, double frame);
+    // Rasterises the polyline (xs[i], ys[i]), i < n, into at most maxOut
+    // pixel positions; returns how many were written.
+    static int find_polyline_pixels(const float *xs, const float *ys, int n, float *outX, float *outY,
+                                    int maxOut);
+    // Rescales the live particles from (prevWidth, prevHeight) to the
+    // current frame size and picks their sprites for renderScale.
+    void remap_particles();
 };

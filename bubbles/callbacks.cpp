@@ -35,6 +35,3 @@ void Bubbles::DoBubblesBurstCB(ControlQv &, double) {
 
 void Bubbles::DoCongregateCB(ControlQv &, double) { SharedBurstRule(); }
 
-// Choosing a demo always empties the particle set at the next frame. The
-// presets themselves (bubbles/presets.cpp) write their values here too.
-void Bubbles::DemosCB(ControlQv &, double) { restartPending = 1; }

@@ -1,12 +1,8 @@
-// Bubbles::ProcessFrame for now: the scene passes through unchanged and the
-// control values are converted into the particle set's parameters.
+// Bubbles::ProcessFrame: the frame's images from the effect's clips, handed
+// to the frame processing.
 #include "bubbles/bubbles.h"
 
 void Bubbles::ProcessFrame() {
-    ImageQv *scene = info.inputs[0].image;
-    ImageQv *out = info.output.image;
-    if (!scene || !out) return;
-    out->CopyValues(scene, 1.0f, 1.0f, 1.0f, 1.0f);
-    out->CopyAlpha(scene);
-    part_info_from_spark(partSet);
+    process_frame_images(info.inputs[0].image, info.inputs[1].image, info.inputs[2].image, info.inputs[3].image,
+                         info.output.image, current_frame);
 }

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "control_options.h"
+
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress) {
     sparkhost::Settings settings;
     settings.format = options.format;
@@ -28,7 +30,16 @@ void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {
         if (!options.inputs[clip].empty()) host.set_input_file(clip, options.inputs[clip]);
 }
 
-void configure_plugin(sparkhost::Host &, const RenderOptions &) {}
+sparkhost::ControlTable &plugin_controls(sparkhost::Host &host) { return host.controls(); }
+
+void configure_plugin(sparkhost::Host &host, const RenderOptions &options) {
+    apply_control_options(host.controls(), options, [&host](sparkhost::Control &control, const double *value) {
+        if (value)
+            host.set_control(control.number(), *value);
+        else
+            host.press_control(control.number());
+    });
+}
 
 std::string plugin_path(const RenderOptions &options) {
     if (!options.plugin.empty()) return options.plugin;

@@ -4,6 +4,7 @@
 
 #include "options.h"
 #include "progress.h"
+#include "sparkhost/controls.h"
 #include "sparkhost/host.h"
 
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress);
@@ -11,8 +12,13 @@ sparkhost::Settings host_settings(const RenderOptions &options, Progress &progre
 // Gives the host the input files named on the command line.
 void attach_inputs(sparkhost::Host &host, const RenderOptions &options);
 
-// Applies options that act on the plug-in's controls; runs after
-// SparkInitialise, before the first frame.
+// The loaded plug-in's controls, also the table the host's setup and curve
+// functions work on.
+sparkhost::ControlTable &plugin_controls(sparkhost::Host &host);
+
+// Applies options that act on the plug-in's controls (setup, preset, sets,
+// animations, pre-roll); runs after SparkInitialise, before the first frame.
+// Throws sparkhost::Error naming the first problem.
 void configure_plugin(sparkhost::Host &host, const RenderOptions &options);
 
 // The plug-in to load: --plugin, else fizzle.spark next to this program.

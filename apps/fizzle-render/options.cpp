@@ -2,6 +2,7 @@
 #include "options.h"
 
 #include <cmath>
+#include <algorithm>
 #include <regex>
 
 #include "overlay_output.h"
@@ -44,6 +45,42 @@ void parse_size(RenderOptions &options) {
     options.format.height = height;
 }
 
+std::string trimmed(const std::string &text) {
+    size_t begin = text.find_first_not_of(" \t"), end = text.find_last_not_of(" \t");
+    return begin == std::string::npos ? std::string() : text.substr(begin, end - begin + 1);
+}
+
+ControlAssignment parse_assignment(const std::string &text) {
+    size_t equals = text.find('=');
+    ControlAssignment assignment{text, trimmed(text.substr(0, std::min(equals, text.size()))), ""};
+    if (equals != std::string::npos) assignment.value = trimmed(text.substr(equals + 1));
+    if (equals == std::string::npos || assignment.name.empty() || assignment.value.empty())
+        throw Error("--set: '" + text + "' is not NAME=VALUE");
+    return assignment;
+}
+
+ControlAnimation parse_animation(const std::string &text) {
+    static const std::regex key(R"(\s*(-?\d+(?:\.\d*)?)\s*:\s*([^,]*?)\s*)");
+    size_t equals = text.find('=');
+    const std::string form = "is not NAME=FRAME:VALUE,FRAME:VALUE,...";
+    if (equals == std::string::npos) throw Error("--animate: '" + text + "' " + form);
+    ControlAnimation animation{text, trimmed(text.substr(0, equals)), {}};
+    if (animation.name.empty()) throw Error("--animate: '" + text + "' " + form);
+    std::string keys = text.substr(equals + 1);
+    size_t start = 0;
+    while (true) {
+        size_t comma = keys.find(',', start);
+        std::string one = keys.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+        std::smatch match;
+        if (!std::regex_match(one, match, key) || match.str(2).empty())
+            throw Error("--animate: '" + one + "' in '" + text + "' is not FRAME:VALUE");
+        animation.keys.emplace_back(std::stod(match.str(1)), match.str(2));
+        if (comma == std::string::npos) break;
+        start = comma + 1;
+    }
+    return animation;
+}
+
 }  // namespace
 
 void add_render_options(CLI::App &app, RenderOptions &options) {
@@ -80,14 +117,44 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                    "Image the bubbles reflect; default: a built-in colourful picture");
     app.add_option("-o,--output", options.output,
                    "Output file pattern, e.g. out/frame.%04d.png; the extension picks the format "
-                   "(png, tif, exr, dpx, jpg)")
-        ->required();
+                   "(png, tif, exr, dpx, jpg); needed unless only listing or saving a setup");
     add_overlay_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
+
+    const char *group = "Controls (applied in this order: setup, preset, sets, animations, pre-roll)";
+    app.add_option("--setup", options.setup, "Setup file to load first (as written by --save-setup)")
+        ->group(group);
+    app.add_option("--preset", options.preset,
+                   "Choose a demo preset as a user would from the \"Demos\" list (see --list-presets); "
+                   "it also restarts the bubbles")
+        ->group(group);
+    app.add_option("--set", options.set_texts,
+                   "NAME=VALUE: set a control, named by its title without the value format "
+                   "(\"Light Inten=80\", any case) or by number (\"102=80\"); lists take an entry "
+                   "name or its number counted from 1, switches on/off/1/0; repeatable")
+        ->group(group);
+    app.add_option("--animate", options.animate_texts,
+                   "NAME=FRAME:VALUE,...: keys on the control's animation curve, frames counted as "
+                   "--frames counts them (\"Density=1:5,48:40\"); repeatable")
+        ->group(group);
+    app.add_flag("--preroll", options.preroll,
+                 "Press \"Restart+PreRoll\" before the first frame, so it starts with bubbles in flight")
+        ->group(group);
+    app.add_option("--save-setup", options.save_setup,
+                   "Write the setup in force, once every option above is applied (before the first frame)")
+        ->group(group);
+    app.add_flag("--list-controls", options.list_controls,
+                 "List every control (page, number, name, value, range) after applying the options, then stop")
+        ->group(group);
+    app.add_flag("--list-presets", options.list_presets, "List the demo presets, then stop")->group(group);
 }
 
 void resolve_options(RenderOptions &options) {
+    if (options.output.empty() && !options.list_controls && !options.list_presets && options.save_setup.empty())
+        throw Error("--output is required (unless only --list-controls, --list-presets or --save-setup is asked for)");
+    for (const std::string &text : options.set_texts) options.sets.push_back(parse_assignment(text));
+    for (const std::string &text : options.animate_texts) options.animations.push_back(parse_animation(text));
     parse_frames(options);
     parse_size(options);
     options.format.depth = options.depth_bits == 12 ? sparkhost::Depth::Bits12 : sparkhost::Depth::Bits8;

@@ -4,11 +4,27 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "sparkhost/frame.h"
 #include "sparkhost/host.h"
+
+// --set NAME=VALUE, split.
+struct ControlAssignment {
+    std::string option;  // as typed, for messages
+    std::string name;    // title, name or number of the control
+    std::string value;
+};
+
+// --animate NAME=FRAME:VALUE,..., split; frames count as --frames does.
+struct ControlAnimation {
+    std::string option;
+    std::string name;
+    std::vector<std::pair<double, std::string>> keys;
+};
 
 struct RenderOptions {
     // As typed, turned into the typed fields by resolve_options.
@@ -29,6 +45,22 @@ struct RenderOptions {
     std::string overlay_svg;  // pattern of SVG files of the overlay, one a frame
     std::string plugin;  // empty: fizzle.spark next to this program
     bool quiet = false;
+
+    // What the plug-in's controls are set to before the first frame, in
+    // this order: setup, preset, sets, animations, then the pre-roll.
+    std::string setup;       // setup file to load
+    std::string preset;      // an entry of the "Demos" list
+    std::vector<std::string> set_texts;
+    std::vector<std::string> animate_texts;
+    std::vector<ControlAssignment> sets;
+    std::vector<ControlAnimation> animations;
+    bool preroll = false;    // press "Restart+PreRoll" before the first frame
+    std::string save_setup;  // where to write the setup in force once the options are applied
+    bool list_controls = false;
+    bool list_presets = false;
+
+    // Nothing to render: only listing or saving a setup.
+    bool renders() const { return !output.empty(); }
 
     int frame_count() const { return last_frame - first_frame + 1; }
 };

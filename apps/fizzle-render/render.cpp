@@ -2,18 +2,21 @@
 // a bad argument never leaves half a sequence behind.
 #include "render.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
+#include "control_options.h"
 #include "host_setup.h"
 #include "overlay_output.h"
 #include "progress.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/image_io.h"
+#include "sparkhost/setup_file.h"
 
 using sparkhost::Error;
 
@@ -40,20 +43,63 @@ void check_output(const RenderOptions &options) {
     if (fs::is_directory(first, error)) throw Error("output '" + first.string() + "' is a directory");
 }
 
+// Keeps what the plug-in prints at start-up off standard output, where a
+// listing is being written.
+class QuietStdout {
+public:
+    explicit QuietStdout(bool quiet) {
+        if (!quiet) return;
+        std::fflush(stdout);
+        saved_ = dup(STDOUT_FILENO);
+        int null = open("/dev/null", O_WRONLY);
+        if (saved_ < 0 || null < 0 || dup2(null, STDOUT_FILENO) < 0) restore();
+        if (null >= 0) close(null);
+    }
+    ~QuietStdout() { restore(); }
+    QuietStdout(const QuietStdout &) = delete;
+    QuietStdout &operator=(const QuietStdout &) = delete;
+
+private:
+    void restore() {
+        if (saved_ < 0) return;
+        std::fflush(stdout);
+        dup2(saved_, STDOUT_FILENO);
+        close(saved_);
+        saved_ = -1;
+    }
+    int saved_ = -1;
+};
+
 }  // namespace
 
 int render(const RenderOptions &options) {
     Progress progress(options.frame_count(), !options.quiet && isatty(STDERR_FILENO));
     sparkhost::Host host(host_settings(options, progress));
     attach_inputs(host, options);
-    host.check_inputs(options.first_frame, options.last_frame);
-    check_output(options);
+    if (options.renders()) {
+        host.check_inputs(options.first_frame, options.last_frame);
+        check_output(options);
+    }
 
     host.load(plugin_path(options));
     for (const char *entry : {"SparkInitialise", "SparkProcess", "SparkUnInitialise"})
         if (!host.exports(entry)) throw Error("plug-in '" + host.plugin_path() + "' exports no " + entry);
-    host.initialise(options.first_frame);
-    configure_plugin(host, options);
+    const bool listing = options.list_controls || options.list_presets;
+    {
+        QuietStdout quiet(listing);
+        host.initialise(options.first_frame);
+        configure_plugin(host, options);
+    }
+    if (!options.save_setup.empty()) {
+        try {
+            sparkhost::save_setup(options.save_setup, plugin_controls(host));
+        } catch (const std::exception &error) {
+            throw Error(std::string("--save-setup: ") + error.what());
+        }
+    }
+    if (options.list_presets) list_presets(plugin_controls(host), stdout);
+    if (options.list_controls) list_controls(plugin_controls(host), stdout);
+    if (!options.renders()) return 0;
     OverlayOutput overlay(host, options);
 
     sparkhost::FramePattern output(options.output);

@@ -78,6 +78,8 @@ TEST_F(OwnFrameCycle, GrowthModeThreeReachesTheEffectAsFour) {
 }
 
 TEST_F(OwnFrameCycle, RestartButtonsOfEveryPageRaiseTheSameRequest) {
+    // Without Auto Preview the press does not render, which would consume the request.
+    controls_.at("Auto Preview").set_by_user(0, info_);
     for (int number : {6, 35, 64}) {
         Instance.restartPending = 0;
         controls_.at(number).press(info_);

@@ -35,6 +35,10 @@ Frame random_frame(const FrameFormat &format, unsigned seed) {
     return frame;
 }
 
+// With no bubbles born the effect leaves the scene as it is, so a frame
+// shows the conversions alone.
+void no_bubbles(Host &host) { host.controls().at("Density").set_value(0); }
+
 bool has_message(const Host &host, Message::Kind kind, const std::string &text) {
     for (const Message &message : host.messages())
         if (message.kind == kind && message.text == text) return true;
@@ -71,6 +75,7 @@ TEST(FrameCycle, FullResolutionFrameComesBackByteForByte) {
         Host host(settings_for(37, 23, depth));
         host.load(FIZZLE_PLUGIN_PATH);
         host.initialise();
+        no_bubbles(host);
         for (int frame = 1; frame <= 3; ++frame) {
             Frame scene = random_frame(host.settings().format, unsigned(frame));
             host.set_input(kScene, scene);
@@ -88,6 +93,7 @@ TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
         Host host(settings_for(725, 67, depth));
         host.load(FIZZLE_PLUGIN_PATH);
         host.initialise();
+        no_bubbles(host);
         Frame scene = random_frame(host.settings().format, 7);
         host.set_input(kScene, scene);
         for (int value = 0; value <= 9; ++value) {
@@ -138,6 +144,7 @@ TEST(FrameCycle, OldInterfaceWarnsAndStillWorks) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(host.initialise(), 2u);
     testing::internal::GetCapturedStdout();
+    no_bubbles(host);
     EXPECT_TRUE(has_message(host, Message::Kind::Error,
                             "This version of \"Fizzle\" needs IFFFS 7.0/4.0 (sparks API 4.0) or higher."));
     Frame scene = random_frame(settings.format, 11);
@@ -156,6 +163,7 @@ TEST(FrameCycle, MissingBufferReturnsNothingQuietlyAndTheNextFrameRuns) {
         testing::internal::CaptureStdout();
         host.initialise();
         testing::internal::GetCapturedStdout();
+        no_bubbles(host);
         host.clear_messages();
         EXPECT_FALSE(host.process(1)) << "buffer " << missing;
         EXPECT_TRUE(host.messages().empty());
