@@ -1,9 +1,11 @@
 // The effect's overlay driven through our host as a user's pen would: the
-// emitter ends and line, the light cone's edges, the band around the
-// emitter, and the switches that hide or stop them.
+// emitter ends and line (and the births that follow them), the light cone's
+// edges, the band around the emitter, and the switches that hide or stop them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "host/plugin_host_fixture.h"
@@ -180,4 +182,28 @@ TEST_F(EffectOverlay, ZoomAndOffsetsPlaceTheDrawing) {
         EXPECT_TRUE(has_segment(viewer().draw(), 7 + 40 * drawn, 3 + 50 * drawn, 7 + 160 * drawn, 3 + 50 * drawn))
             << zoom;
     }
+}
+
+TEST_F(EffectOverlay, BirthsFollowTheDraggedEmitter) {
+    // Auto Preview off: no control change may advance the bubbles before the restart.
+    for (auto [name, value] : {std::pair{"Auto Preview", 0.0}, {"Initial Velocity", 0.0}, {"Velocity Var", 0.0},
+                               {"Turbulence", 0.0}, {"Growth Mode", 0.0}, {"Bubble Size Var", 0.0},
+                               {"Density", 200.0}, {"Bubble Size", 5.0}, {"Left Y", 20.0}, {"Right Y", 20.0}})
+        host().set_control(name, value);
+    drag(100, 20, 100, 80);
+    host().press_control("Restart");
+    std::optional<sparkhost::Frame> frame = host().process(2);
+    ASSERT_TRUE(frame);
+    const sparkhost::Frame scene = host().input(sparkhost::kScene).frame(2, frame->format());
+    int lowest = 100, highest = -1;
+    for (int y = 0; y < 100; ++y)
+        for (int x = 0; x < 200; ++x)
+            if (frame->value(x, y, 0) != scene.value(x, y, 0)) {
+                lowest = std::min(lowest, y);
+                highest = std::max(highest, y);
+            }
+    // Still, small bubbles: what changed lies around the emitter's new height only.
+    EXPECT_LT(lowest, 80);
+    EXPECT_GT(highest, 80);
+    EXPECT_GT(lowest, 60);
 }
