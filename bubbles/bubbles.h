@@ -46,6 +46,10 @@ public:
     void SyncControls() override;
     void RenderOverlay() override;
     void HandleInteraction(InterType type, float x, float y) override;
+    // Draws the light cone's edges from (x0, y0), halfAngle degrees either
+    // side of the line to (x1, y1) and as long as it, and stores their ends
+    // in the cone editor's handle slots slotA and slotB.
+    void draw_cone(float x0, float y0, float x1, float y1, float halfAngle, int slotA, int slotB, int dotted);
 
     // Copies the controls' per-frame caches into parameters, in effect units.
     void ReadControls();

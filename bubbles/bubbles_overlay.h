@@ -23,3 +23,7 @@ public:
     float handleX[2] = {0.0f, 0.0f};
     float handleY[2] = {0.0f, 0.0f};
 };
+
+// Normalises the 3-vector v in place and returns its length; a vector whose
+// largest component is below 1e-10 becomes (0, 0, 0).
+float vecnorm(float v[3]);

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <regex>
 
+#include "overlay_output.h"
 #include "sparkhost/error.h"
 #include "sparkhost/resolution.h"
 
@@ -118,6 +119,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     app.add_option("-o,--output", options.output,
                    "Output file pattern, e.g. out/frame.%04d.png; the extension picks the format "
                    "(png, tif, exr, dpx, jpg); needed unless only listing or saving a setup");
+    add_overlay_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
 

@@ -41,6 +41,8 @@ struct RenderOptions {
     int processors = sparkhost::Settings::default_processors();
     std::array<std::string, sparkhost::kClipCount> inputs;  // empty: built-in picture
     std::string output;
+    bool overlay = false;     // draw the viewer overlay over each written frame
+    std::string overlay_svg;  // pattern of SVG files of the overlay, one a frame
     std::string plugin;  // empty: fizzle.spark next to this program
     bool quiet = false;
 

@@ -11,6 +11,7 @@
 
 #include "control_options.h"
 #include "host_setup.h"
+#include "overlay_output.h"
 #include "progress.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
@@ -99,12 +100,14 @@ int render(const RenderOptions &options) {
     if (options.list_presets) list_presets(plugin_controls(host), stdout);
     if (options.list_controls) list_controls(plugin_controls(host), stdout);
     if (!options.renders()) return 0;
+    OverlayOutput overlay(host, options);
 
     sparkhost::FramePattern output(options.output);
     progress.start();
     for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
         std::optional<sparkhost::Frame> picture = host.process(frame);
         if (!picture) throw Error(host.last_failure());
+        overlay.apply(frame, *picture);
         sparkhost::write_image(output.path(frame), *picture);
         progress.frame_done(frame);
     }
