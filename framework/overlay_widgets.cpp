@@ -22,38 +22,16 @@ void CrosshairOverlayQv::SetPosition(float new_x, float new_y) {
 
 void CrosshairOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
-    bool over = overlay->OverHandle(screen_x, screen_y, mx, my);
-    switch (type) {
-    case InterMove:
-        highlighted = over;
-        break;
-    case InterPress:
-        highlighted = grabbed = over;
-        break;
-    case InterDrag:
-        if (grabbed) {
-            x = mx / overlay->viewer_width;
-            y = my / overlay->viewer_height;
-        }
-        break;
-    case InterRelease:
-        HandleInteractionPlat(type, mx, my);
-        grabbed = 0;
-        return;
-    }
-    HandleInteractionPlat(type, mx, my);
+    const int under = overlay->OverHandle(screen_x, screen_y, mx, my) ? 1 : 0;
+    pick_and_drag(*this, type, under, mx, my, [&] {
+        x = mx / overlay->viewer_width;
+        y = my / overlay->viewer_height;
+    });
 }
 
 void CrosshairOverlayQv::HandleInteractionPlat(InterType type, float, float) {
     if (type != InterDrag || !grabbed || !record) return;
-    limit_to_maximum(x, record);
-    limit_to_maximum(y, y_record);
-    limit_to_minimum(x, record);
-    limit_to_minimum(y, y_record);
-    write_percent(record, x);
-    write_percent(y_record, y);
-    sparkControlUpdate(index);
-    sparkControlUpdate(index + 1);
+    write_point(index, record, y_record, x, y);
 }
 
 // ---- LineOverlayQv ----------------------------------------------------------
@@ -80,30 +58,15 @@ void LineOverlayQv::SetPoints(float new_x, float new_y, float new_x2, float new_
 // The middle follows the pointer; direction and length stay.
 void LineOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
-    bool over = overlay->OverHandle(screen_x, screen_y, mx, my);
-    switch (type) {
-    case InterMove:
-        highlighted = over;
-        break;
-    case InterPress:
-        highlighted = grabbed = over;
-        break;
-    case InterDrag:
-        if (grabbed) {
-            float half_x = (x - x2) * 0.5f, half_y = (y - y2) * 0.5f;
-            float middle_x = mx / overlay->viewer_width, middle_y = my / overlay->viewer_height;
-            x = middle_x + half_x;
-            y = middle_y + half_y;
-            x2 = middle_x - half_x;
-            y2 = middle_y - half_y;
-        }
-        break;
-    case InterRelease:
-        HandleInteractionPlat(type, mx, my);
-        grabbed = 0;
-        return;
-    }
-    HandleInteractionPlat(type, mx, my);
+    const int under = overlay->OverHandle(screen_x, screen_y, mx, my) ? 1 : 0;
+    pick_and_drag(*this, type, under, mx, my, [&] {
+        float half_x = (x - x2) * 0.5f, half_y = (y - y2) * 0.5f;
+        float middle_x = mx / overlay->viewer_width, middle_y = my / overlay->viewer_height;
+        x = middle_x + half_x;
+        y = middle_y + half_y;
+        x2 = middle_x - half_x;
+        y2 = middle_y - half_y;
+    });
 }
 
 void LineOverlayQv::HandleInteractionPlat(InterType type, float, float) {

@@ -38,6 +38,43 @@ inline int handle_under(const OverlayQv &overlay, const float (*handles)[2], int
     return found;
 }
 
+// Clamps a point into its two records' ranges, writes it in percent and
+// tells the host that both entries (index and index + 1) changed.
+inline void write_point(int index, SparkFloatStruct *x_record, SparkFloatStruct *y_record, float &x,
+                        float &y) {
+    limit_to_range(x, x_record);
+    limit_to_range(y, y_record);
+    write_percent(x_record, x);
+    write_percent(y_record, y);
+    sparkControlUpdate(index);
+    sparkControlUpdate(index + 1);
+}
+
+// The pick-and-drag pattern every widget follows: the handle under the
+// pointer (0 none) is highlighted on a move and grabbed on a press, a drag
+// moves what is grabbed, and HandleInteractionPlat, through the virtual
+// table, follows the framework's own handling (on release, before the grab
+// ends).
+template <class Widget, class Drag>
+void pick_and_drag(Widget &widget, InterType type, int under, float mx, float my, Drag drag) {
+    switch (type) {
+    case InterMove:
+        widget.highlighted = under;
+        break;
+    case InterPress:
+        widget.highlighted = widget.grabbed = under;
+        break;
+    case InterDrag:
+        if (widget.grabbed) drag();
+        break;
+    case InterRelease:
+        widget.HandleInteractionPlat(type, mx, my);
+        widget.grabbed = 0;
+        return;
+    }
+    widget.HandleInteractionPlat(type, mx, my);
+}
+
 // Event kinds outside 0..3, and events before the overlay has a viewport,
 // are ignored.
 inline bool accepts(const OverlayQv *overlay, InterType type) {

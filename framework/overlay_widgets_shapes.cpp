@@ -26,30 +26,15 @@ void AngleOverlayQv::SetCentre(float new_x, float new_y) {
 
 void AngleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
-    bool over = overlay->OverHandle(screen_x, screen_y, mx, my);
-    switch (type) {
-    case InterMove:
-        highlighted = over;
-        break;
-    case InterPress:
-        highlighted = grabbed = over;
-        break;
-    case InterDrag:
-        if (grabbed) {
-            double dx = mx - double(centre_x) * overlay->viewer_width;
-            double dy = my - double(centre_y) * overlay->viewer_height;
-            if (dx != 0.0 || dy != 0.0) {
-                double degrees = std::atan2(dy, dx) * kDegreesPerRadian;
-                angle = static_cast<float>(degrees < 0.0 ? degrees + 360.0 : degrees);
-            }
+    const int under = overlay->OverHandle(screen_x, screen_y, mx, my) ? 1 : 0;
+    pick_and_drag(*this, type, under, mx, my, [&] {
+        double dx = mx - double(centre_x) * overlay->viewer_width;
+        double dy = my - double(centre_y) * overlay->viewer_height;
+        if (dx != 0.0 || dy != 0.0) {
+            double degrees = std::atan2(dy, dx) * kDegreesPerRadian;
+            angle = static_cast<float>(degrees < 0.0 ? degrees + 360.0 : degrees);
         }
-        break;
-    case InterRelease:
-        HandleInteractionPlat(type, mx, my);
-        grabbed = 0;
-        return;
-    }
-    HandleInteractionPlat(type, mx, my);
+    });
 }
 
 // The angle record holds degrees, not percent.
@@ -83,43 +68,22 @@ void CircleOverlayQv::SetCircle(float new_x, float new_y, float new_radius) {
 void CircleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
     const float handles[2][2] = {{screen_x, screen_y}, {rim_x, rim_y}};
-    int under = handle_under(*overlay, handles, 2, mx, my);
-    switch (type) {
-    case InterMove:
-        highlighted = under;
-        break;
-    case InterPress:
-        highlighted = grabbed = under;
-        break;
-    case InterDrag:
+    pick_and_drag(*this, type, handle_under(*overlay, handles, 2, mx, my), mx, my, [&] {
         if (grabbed == 1) {
             x = mx / overlay->viewer_width;
             y = my / overlay->viewer_height;
-        } else if (grabbed == 2) {
+        } else {
             double dx = mx - double(x) * overlay->viewer_width;
             double dy = my - double(y) * overlay->viewer_height;
             radius = static_cast<float>(std::sqrt(dx * dx + dy * dy) / overlay->viewer_width);
         }
-        break;
-    case InterRelease:
-        HandleInteractionPlat(type, mx, my);
-        grabbed = 0;
-        return;
-    }
-    HandleInteractionPlat(type, mx, my);
+    });
 }
 
 void CircleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
     if (type != InterDrag) return;
     if (grabbed == 1 && record) {
-        limit_to_maximum(x, record);
-        limit_to_maximum(y, y_record);
-        limit_to_minimum(x, record);
-        limit_to_minimum(y, y_record);
-        write_percent(record, x);
-        write_percent(y_record, y);
-        sparkControlUpdate(index);
-        sparkControlUpdate(index + 1);
+        write_point(index, record, y_record, x, y);
     } else if (grabbed == 2 && radius_record) {
         limit_to_range(radius, radius_record);
         write_percent(radius_record, radius);
@@ -151,46 +115,21 @@ void RectangleOverlayQv::SetCorners(float new_x, float new_y, float new_x2, floa
 void RectangleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
     const float handles[2][2] = {{screen_x, screen_y}, {screen_x2, screen_y2}};
-    int under = handle_under(*overlay, handles, 2, mx, my);
-    switch (type) {
-    case InterMove:
-        highlighted = under;
-        break;
-    case InterPress:
-        highlighted = grabbed = under;
-        break;
-    case InterDrag:
+    pick_and_drag(*this, type, handle_under(*overlay, handles, 2, mx, my), mx, my, [&] {
         if (grabbed == 1) {
             x = mx / overlay->viewer_width;
             y = my / overlay->viewer_height;
-        } else if (grabbed == 2) {
+        } else {
             x2 = mx / overlay->viewer_width;
             y2 = my / overlay->viewer_height;
         }
-        break;
-    case InterRelease:
-        HandleInteractionPlat(type, mx, my);
-        grabbed = 0;
-        return;
-    }
-    HandleInteractionPlat(type, mx, my);
+    });
 }
 
 void RectangleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
     if (type != InterDrag) return;
-    if (grabbed == 1 && record) {
-        limit_to_range(x, record);
-        limit_to_range(y, y_record);
-        write_percent(record, x);
-        write_percent(y_record, y);
-        sparkControlUpdate(index);
-        sparkControlUpdate(index + 1);
-    } else if (grabbed == 2 && x2_record) {
-        limit_to_range(x2, x2_record);
-        limit_to_range(y2, y2_record);
-        write_percent(x2_record, x2);
-        write_percent(y2_record, y2);
-        sparkControlUpdate(index2);
-        sparkControlUpdate(index2 + 1);
-    }
+    if (grabbed == 1 && record)
+        write_point(index, record, y_record, x, y);
+    else if (grabbed == 2 && x2_record)
+        write_point(index2, x2_record, y2_record, x2, y2);
 }
