@@ -112,6 +112,23 @@ Control &control_named(ControlTable &controls, const std::string &name, const st
     }
 }
 
+bool is_switch_word(std::string_view text) {
+    const std::string word = lower(trim(text));
+    return word == "on" || word == "1" || word == "true" || word == "yes" || word == "off" || word == "0" ||
+           word == "false" || word == "no";
+}
+
+// "Gravity" and "Friction" name both a switch and its amount: a value that
+// is no switch word goes to the amount.
+Control &control_for_value(ControlTable &controls, const std::string &name, std::string_view typed,
+                           const std::string &option) {
+    Control &control = control_named(controls, name, option);
+    if (control.kind() != ControlKind::Boolean || is_switch_word(typed)) return control;
+    for (Control *other : controls.find_all(name))
+        if (other->kind() == ControlKind::Float || other->kind() == ControlKind::Int) return *other;
+    return control;
+}
+
 std::string colour_text(double packed) {
     const auto word = static_cast<uint32_t>(packed);
     char text[16];
@@ -196,7 +213,7 @@ void choose_preset(ControlTable &controls, const std::string &name, const UserAc
 
 void set_one(ControlTable &controls, const ControlAssignment &assignment, const UserAction &act) {
     const std::string option = "--set " + in_quotes(assignment.option);
-    Control &control = control_named(controls, assignment.name, option);
+    Control &control = control_for_value(controls, assignment.name, assignment.value, option);
     if (control.kind() == ControlKind::String) {
         const std::string problem = control.check_text(assignment.value);
         if (!problem.empty()) throw Error(option + ": " + problem);
@@ -212,7 +229,8 @@ void set_one(ControlTable &controls, const ControlAssignment &assignment, const 
 
 void animate_one(ControlTable &controls, const ControlAnimation &animation) {
     const std::string option = "--animate " + in_quotes(animation.option);
-    Control &control = control_named(controls, animation.name, option);
+    Control &control = control_for_value(controls, animation.name,
+                                         animation.keys.empty() ? "" : animation.keys.front().second, option);
     sparkhost::Curve curve;
     for (const auto &[frame, text] : animation.keys) {
         const double value = parse_control_value(control, text, option);

@@ -185,3 +185,13 @@ TEST_F(FizzleRenderControls, AmplitudeImportPutsTheFileKeysOnControl93AtTheirKey
     EXPECT_NE(bad.err.find("'" + data + "/bad_header.amp': Not a valid control file"), std::string::npos) << bad.err;
     EXPECT_EQ(images(), 0);
 }
+
+TEST_F(FizzleRenderControls, SwitchAndAmountSharingANameTakeTheirOwnValues) {
+    const RunResult result = run({"--set", "Gravity=0.5", "--set", "Gravity=on", "--set", "friction=0.1",
+                                  "--set", "Friction=off", "--list-controls"});
+    ASSERT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_NE(listing_line(result.out, 44).find(" on "), std::string::npos) << listing_line(result.out, 44);
+    EXPECT_NE(listing_line(result.out, 45).find(" 0.5 "), std::string::npos) << listing_line(result.out, 45);
+    EXPECT_NE(listing_line(result.out, 42).find(" off "), std::string::npos) << listing_line(result.out, 42);
+    EXPECT_NE(listing_line(result.out, 43).find(" 0.1 "), std::string::npos) << listing_line(result.out, 43);
+}
