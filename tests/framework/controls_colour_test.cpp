@@ -1,4 +1,6 @@
 // Colour controls: packing both ways, sliders, hiding and freezing.
+#include <vector>
+
 #include "framework/controls.h"
 #include "host_log_fixture.h"
 
@@ -45,29 +47,23 @@ TEST_F(ColourControls, SyncFillsLowBitsGetValueDoesNot) {
 
     int r, g, b, a;
     colour.GetValue(-1.0, r, g, b, a);
-    EXPECT_EQ(r, 32640);
-    EXPECT_EQ(g, 16384);
-    EXPECT_EQ(b, 0);
-    EXPECT_EQ(a, 32767);
+    EXPECT_THAT((std::vector<int>{r, g, b, a}), ElementsAre(32640, 16384, 0, 32767));
 }
 
-TEST_F(ColourControls, SetValuePacksWithOpaqueTopByteAndIgnoresAlpha) {
+TEST_F(ColourControls, SetValuePacksWithOpaqueTopByteAndWritesSlidersInPercentOfTheByte) {
     SparkColorStruct host{0, nullptr};
     ColourControlQv colour;
     colour.Bind(402, &host, nullptr);
-    colour.SetValue(-1.0, 32767, 16448, 127, 0);
+    colour.SetValue(-1.0, 32767, 16448, 127, 0);  // alpha is ignored
     EXPECT_EQ(host.Value, 0xFF0080FFu);
     EXPECT_THAT(colour.cached, ElementsAre(32767, 16448, 0, 32767));
-    EXPECT_THAT(updates(), ElementsAre(402));
-}
 
-TEST_F(ColourControls, SetValueWithSlidersWritesPercentOfTheByte) {
-    ColourWithSliders colour(403);
-    colour.control.SetValue(-1.0, 32767, 16448, 0, 32767);
-    EXPECT_EQ(colour.red.Value, static_cast<float>(255 / 2.55));
-    EXPECT_EQ(colour.green.Value, static_cast<float>(128 / 2.55));
-    EXPECT_EQ(colour.blue.Value, 0.0f);
-    EXPECT_THAT(updates(), ElementsAre(403, 404, 405, 406));
+    ColourWithSliders with(403);
+    with.control.SetValue(-1.0, 32767, 16448, 0, 32767);
+    EXPECT_EQ(with.red.Value, static_cast<float>(255 / 2.55));
+    EXPECT_EQ(with.green.Value, static_cast<float>(128 / 2.55));
+    EXPECT_EQ(with.blue.Value, 0.0f);
+    EXPECT_THAT(updates(), ElementsAre(402, 403, 404, 405, 406));
 }
 
 TEST_F(ColourControls, HideCoversTheSlidersOnlyWhenThereAreThree) {

@@ -117,58 +117,37 @@ TEST_F(NumericControls, DisableFreezesRangeAndEnableRestoresTheBoundRange) {
     EXPECT_EQ(integer_host.Max, 50);
 }
 
-TEST_F(NumericControls, DisableWithUnchangedStateDoesNothing) {
+TEST_F(NumericControls, DisableWithUnchangedStateCallsNoHost) {
     SparkFloatStruct host = float_record(10.0f, 0.0f, 100.0f);
     SizeControlQv control;
     control.Bind(48, &host, nullptr);
     control.Disable(false);
-    EXPECT_EQ(host.Min, 0.0f);
     EXPECT_TRUE(calls().empty());
-
     control.Disable(true);
     sparkhost::control_log().clear();
     host.Value = 20.0f;
-    control.Disable(true);
+    control.Disable(true);  // the range stays frozen at the first value
     EXPECT_EQ(host.Min, 10.0f);
     EXPECT_EQ(host.Max, 10.0f);
     EXPECT_TRUE(calls().empty());
 }
 
-TEST_F(NumericControls, HideDisablesAndShowEnablesItsEntry) {
+TEST_F(NumericControls, HideTogglesItsEntryAndUnboundControlsCallNoHost) {
     SparkIntStruct host = int_record(1, 0, 5);
     IntegerControlQv control;
     control.Bind(49, &host, nullptr);
     control.Hide(true);
-    EXPECT_TRUE(control.hidden);
     EXPECT_FALSE(sparkhost::control_log().enabled(49));
     control.Hide(false);
-    EXPECT_TRUE(sparkhost::control_log().enabled(49));
     EXPECT_THAT(calls(), ElementsAre(disable(49), enable(49)));
-}
 
-TEST_F(NumericControls, UnboundControlKeepsItsCacheAndCallsNoHost) {
-    FloatControlQv control;
-    control.cached = 3.5;
-    control.Sync();
-    control.SetValue(-1.0, 9.0);
-    control.Hide(true);
-    control.Disable(true);
-    EXPECT_EQ(control.GetValue(4.0), 3.5);
-    EXPECT_TRUE(control.disabled);
+    sparkhost::control_log().clear();
+    FloatControlQv unbound;
+    unbound.cached = 3.5;
+    unbound.Sync();
+    unbound.SetValue(-1.0, 9.0);
+    unbound.Hide(true);
+    unbound.Disable(true);
+    EXPECT_EQ(unbound.GetValue(4.0), 3.5);
     EXPECT_TRUE(calls().empty());
-}
-
-TEST(ControlBinding, BindSetsIndexRecordAuxAndFlagBytes) {
-    SparkFloatStruct host = float_record(1.0f, 0.0f, 2.0f);
-    AuxQv aux;
-    FloatControlQv control;
-    EXPECT_EQ(control.live, 1);
-    EXPECT_FALSE(control.WantsDefaultCallback());
-    control.Bind(11, &host, &aux);
-    EXPECT_EQ(control.index, 11);
-    EXPECT_EQ(control.host_value, &host);
-    EXPECT_EQ(control.aux, &aux);
-    EXPECT_EQ(control.host_flags[0], 0);
-    EXPECT_EQ(control.host_flags[1], 1);
-    EXPECT_TRUE(control.WantsDefaultCallback());
 }

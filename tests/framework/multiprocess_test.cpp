@@ -7,31 +7,18 @@
 #include "framework/plugin.h"
 #include "host/globals.h"
 
-TEST(BandSplit, EqualBandsWithTheRemainderOnTheLastWorker) {
-    const long expected[4][2] = {{0, 1}, {2, 3}, {4, 5}, {6, 9}};
-    for (long i = 0; i < 4; ++i) {
-        RowBand band = band_for_worker(i, 10, 4);
-        EXPECT_EQ(band.first, expected[i][0]) << "worker " << i;
-        EXPECT_EQ(band.last, expected[i][1]) << "worker " << i;
-    }
-}
-
-TEST(BandSplit, FewerRowsThanWorkersLeavesEarlyBandsEmpty) {
-    for (long i = 0; i < 3; ++i) {
-        RowBand band = band_for_worker(i, 3, 4);
-        EXPECT_EQ(band.first, 0);
-        EXPECT_EQ(band.last, -1);
-    }
-    RowBand last = band_for_worker(3, 3, 4);
-    EXPECT_EQ(last.first, 0);
-    EXPECT_EQ(last.last, 2);
-}
-
-TEST(BandSplit, OneOrNoWorkersTakeEveryRow) {
-    for (long workers : {1L, 0L, -3L}) {
-        RowBand band = band_for_worker(0, 7, workers);
-        EXPECT_EQ(band.first, 0);
-        EXPECT_EQ(band.last, 6);
+TEST(BandSplit, EqualBandsRemainderOnTheLastWorkerEmptyBandsWhenRowsAreFew) {
+    struct Case {
+        long worker, rows, workers, first, last;
+    } cases[] = {
+        {0, 10, 4, 0, 1}, {1, 10, 4, 2, 3}, {2, 10, 4, 4, 5}, {3, 10, 4, 6, 9},
+        {0, 3, 4, 0, -1}, {1, 3, 4, 0, -1}, {2, 3, 4, 0, -1}, {3, 3, 4, 0, 2},
+        {0, 7, 1, 0, 6},  {0, 7, 0, 0, 6},  {0, 7, -3, 0, 6},  // one or no workers take every row
+    };
+    for (const Case &c : cases) {
+        RowBand band = band_for_worker(c.worker, c.rows, c.workers);
+        EXPECT_EQ(band.first, c.first) << "worker " << c.worker << " of " << c.workers << ", rows " << c.rows;
+        EXPECT_EQ(band.last, c.last) << "worker " << c.worker << " of " << c.workers << ", rows " << c.rows;
     }
 }
 
@@ -87,14 +74,12 @@ void count_rows(void *arg, int first, int last) {
 
 }  // namespace
 
-TEST_F(ProcessorCount, ImageMultiProcessVisitsEveryRowOnce) {
+TEST_F(ProcessorCount, ImageMembersAndLibraryFunctionsRunInBandsVisitingEveryRowOnce) {
     DLnumProc = 4;
     RecordingImage image(10);
     image.MultiProcess(static_cast<void (ImageQv::*)(long, long)>(&RecordingImage::mp_mark), 10);
     for (long y = 0; y < 10; ++y) EXPECT_EQ(image.visits[y], 1) << "row " << y;
-}
 
-TEST_F(ProcessorCount, LibraryFunctionRunsInBandsWithItsArgument) {
     DLnumProc = 3;
     RowCounter effect(0);
     std::vector<std::atomic<int>> visits(11);

@@ -1,9 +1,11 @@
 // PixelQv HSV and luminance.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "framework/pixel.h"
+#include "pixel_expect.h"
 
 namespace {
 
@@ -20,31 +22,23 @@ Hsv hsv_of(uint16_t r, uint16_t g, uint16_t b) {
 
 }  // namespace
 
-TEST(PixelHsv, PrimariesLandOnTheirSextants) {
-    Hsv red = hsv_of(32767, 0, 0);
-    EXPECT_EQ(red.hue, 0);
+TEST(PixelHsv, PrimariesLandOnTheirSextantsTiesGoToTheFirstTestedChannel) {
+    struct Case {
+        uint16_t r, g, b, hue;
+    } cases[] = {
+        {32767, 0, 0, 0}, {0, 32767, 0, 10922}, {0, 0, 32767, 21844}, {20000, 20000, 20000, 0},
+        // Red, then green, then blue: cyan takes the green branch (rc - bc +
+        // 32768 = 49151) rather than the blue one (gc - rc + 65536 = 49153).
+        {0, 32767, 32767, 16382}, {32767, 32767, 0, 5460},
+        // Red maximum with blue above green: h = bc - gc < 0, wrapped by 98304.
+        {32767, 0, 16384, 2 * (90112 / 6)},
+    };
+    for (const Case &c : cases) EXPECT_EQ(hsv_of(c.r, c.g, c.b).hue, c.hue) << c.r << "," << c.g << "," << c.b;
+    Hsv red = hsv_of(32767, 0, 0), grey = hsv_of(20000, 20000, 20000);
     EXPECT_EQ(red.saturation, 32766);
     EXPECT_EQ(red.value, 32766);
-    EXPECT_EQ(hsv_of(0, 32767, 0).hue, 10922);
-    EXPECT_EQ(hsv_of(0, 0, 32767).hue, 21844);
-    Hsv grey = hsv_of(20000, 20000, 20000);
-    EXPECT_EQ(grey.hue, 0);
     EXPECT_EQ(grey.saturation, 0);
     EXPECT_EQ(grey.value, 20000);
-}
-
-TEST(PixelHsv, TiesGoToTheChannelTestedFirst) {
-    // Red then green then blue: cyan takes the green branch (rc - bc + 32768 =
-    // 49151) rather than the blue one (gc - rc + 65536 = 49153).
-    EXPECT_EQ(hsv_of(0, 32767, 32767).hue, 16382);
-    EXPECT_EQ(hsv_of(32767, 32767, 0).hue, 5460);
-}
-
-TEST(PixelHsv, NegativeHueWrapsBelowFullCircle) {
-    // Red maximum with blue above green: h = bc - gc < 0, wrapped by 98304.
-    Hsv magenta_red = hsv_of(32767, 0, 16384);
-    // r=16383 g=0 b=8192: gc = 16383, bc = 8191 -> h = -8192 + 98304 = 90112.
-    EXPECT_EQ(magenta_red.hue, 2 * (90112 / 6));
 }
 
 TEST(PixelHsv, SetHsvInvertsGetHsvWithinAFewUnits) {
@@ -66,58 +60,36 @@ TEST(PixelHsv, SetHsvInvertsGetHsvWithinAFewUnits) {
     EXPECT_LE(worst, 12);
 }
 
-TEST(PixelHsv, SetHsvPrimariesAreExact) {
-    PixelQv pixel{0, 0, 0, 7};
-    pixel.SetHSV(0, 32766, 32766);
-    EXPECT_EQ(pixel.red, 32766);
-    EXPECT_EQ(pixel.green, 0);
-    EXPECT_EQ(pixel.blue, 0);
-    pixel.SetHSV(10922, 32766, 32766);
-    EXPECT_EQ(pixel.green, 32766);
-    EXPECT_LE(pixel.red, 4);
-    EXPECT_EQ(pixel.blue, 0);
-    pixel.SetHSV(0, 0, 20000);  // no saturation: grey at the value
-    EXPECT_EQ(pixel.red, 20000);
-    EXPECT_EQ(pixel.green, 20000);
-    EXPECT_EQ(pixel.blue, 20000);
-    EXPECT_EQ(pixel.alpha, 7);
-}
-
-TEST(PixelHsv, SetHsvWorksInSinglePrecision) {
-    // Worked through with float products and the float 16383^2 = 268402688;
-    // double arithmetic would give one channel of each 2 lower.
+TEST(PixelHsv, SetHsvIsExactForPrimariesAndGreyAndWorksInSinglePrecision) {
+    // The last three were worked through with float products and the float
+    // 16383^2 = 268402688; double arithmetic gives one channel of each 2 lower.
     struct Case {
         uint16_t h, s, v, r, g, b;
-    } cases[] = {{31963, 10785, 10924, 10924, 7328, 7858},
+    } cases[] = {{0, 32766, 32766, 32766, 0, 0},
+                 {0, 0, 20000, 20000, 20000, 20000},
+                 {31963, 10785, 10924, 10924, 7328, 7858},
                  {3173, 3832, 29906, 29906, 28440, 26408},
                  {30096, 27250, 12221, 12220, 2056, 7026}};
     for (const Case &c : cases) {
-        PixelQv pixel{0, 0, 0, 0};
+        PixelQv pixel{0, 0, 0, 7};
         pixel.SetHSV(c.h, c.s, c.v);
-        EXPECT_EQ(pixel.red, c.r) << c.h;
-        EXPECT_EQ(pixel.green, c.g) << c.h;
-        EXPECT_EQ(pixel.blue, c.b) << c.h;
+        EXPECT_EQ(pixel, (PixelQv{c.r, c.g, c.b, 7})) << "hue " << c.h;
     }
 }
 
 TEST(PixelLuminance, WeightsFiveEightThreeSixteenthsIgnoringAlpha) {
-    uint16_t luminance = 0;
-    PixelQv{32767, 32767, 32767, 0}.GetLuminance(luminance);
-    EXPECT_EQ(luminance, 32767);
-    PixelQv{16, 0, 0, 32767}.GetLuminance(luminance);
-    EXPECT_EQ(luminance, 5);
-    PixelQv{0, 16, 0, 0}.GetLuminance(luminance);
-    EXPECT_EQ(luminance, 8);
-    PixelQv{0, 0, 16, 0}.GetLuminance(luminance);
-    EXPECT_EQ(luminance, 3);
-    // Full 16-bit channels do not overflow the 32-bit sum.
-    PixelQv{65535, 65535, 65535, 0}.GetLuminance(luminance);
-    EXPECT_EQ(luminance, 65535);
-
+    struct Case {
+        PixelQv pixel;
+        uint16_t luminance;
+    } cases[] = {{{32767, 32767, 32767, 0}, 32767}, {{16, 0, 0, 32767}, 5}, {{0, 16, 0, 0}, 8},
+                 {{0, 0, 16, 0}, 3},
+                 {{65535, 65535, 65535, 0}, 65535}};  // full 16-bit channels do not overflow the sum
+    for (const Case &c : cases) {
+        uint16_t luminance = 0;
+        c.pixel.GetLuminance(luminance);
+        EXPECT_EQ(luminance, c.luminance) << ::testing::PrintToString(c.pixel);
+    }
     PixelQv pixel{1, 2, 3, 4};
     pixel.SetLuminance(900);
-    EXPECT_EQ(pixel.red, 900);
-    EXPECT_EQ(pixel.green, 900);
-    EXPECT_EQ(pixel.blue, 900);
-    EXPECT_EQ(pixel.alpha, 4);
+    EXPECT_EQ(pixel, (PixelQv{900, 900, 900, 4}));
 }
