@@ -67,18 +67,12 @@ TEST(Merge, RefusesImagesOfAnotherSize) {
     EXPECT_EQ(image->rows[2][2], (P{5, 6, 7, 8}));
 }
 
-TEST(MapGamma, UnitGammaKeepsBothEndsOfTheScale) {
-    auto source = solid(2, 1, {0, 32767, 0, 32767});
-    source->rows[0][1] = PixelQv{32767, 0, 32767, 0};
-    auto image = solid(2, 1, {1, 1, 1, 1});
-    image->MapGamma_RGBA(source.get(), 1.0f);
-    EXPECT_EQ(image->rows[0][0], (P{0, 32767, 0, 32767}));
-    EXPECT_EQ(image->rows[0][1], (P{32767, 0, 32767, 0}));
-}
+TEST(MapGamma, UnitGammaKeepsBothEndsTableFollowsTheLatestGammaAlphaFormTouchesOnlyAlpha) {
+    auto image = solid(1, 1, {1, 1, 1, 1});
+    image->MapGamma_RGBA(solid(1, 1, {0, 32767, 0, 32767}).get(), 1.0f);
+    EXPECT_EQ(image->rows[0][0], (P{0, 32767, 0, 32767}));  // the table's 32768 is clamped on store
 
-TEST(MapGamma, TableIsMadeOnceFollowsTheLatestGammaAndAlphaFormTouchesOnlyAlpha) {
     auto source = solid(1, 1, {8192, 8192, 40000, 8192});
-    auto image = solid(1, 1, {0, 0, 0, 0});
     image->MapGamma_RGBA(source.get(), 2.0f);
     int32_t *table = image->owned_aux;
     ASSERT_NE(table, nullptr);
@@ -140,24 +134,19 @@ TEST(CutOut, InvertAndAlphaModes) {
     }
 }
 
-TEST(Negative, WithSourceNegatesAllFourChannelsAndClearsOwnership) {
-    auto source = solid(2, 2, {0, 32767, 10000, 1});
+TEST(Negative, WithSourceClearsOwnershipInPlaceMarksAWrappedBlockAsOwned) {
     auto image = solid(2, 2, {5, 5, 5, 5});
-    PixelQv *block = image->pixels;
-    image->Negative(source.get());
+    PixelQv *own = image->pixels;
+    image->Negative(solid(2, 2, {0, 32767, 10000, 1}).get());
     EXPECT_EQ(image->rows[1][0], (P{32767, 0, 22767, 32766}));
     EXPECT_EQ(image->owns_pixels, 0);
-    std::free(block);  // the cleared flag hands the block back to us
-}
+    std::free(own);  // the cleared flag hands the block back to us
 
-TEST(Negative, InPlaceMarksAWrappedBlockAsOwned) {
     auto *block = static_cast<PixelQv *>(std::calloc(6, sizeof(PixelQv)));
     block[5] = PixelQv{100, 32767, 0, 32000};
-    ImagePtr image(new ImageQv(3, 2, 1.0f, block, nullptr));
-    ASSERT_EQ(image->owns_pixels, 0);
+    image.reset(new ImageQv(3, 2, 1.0f, block, nullptr));
     image->Negative(nullptr);
     EXPECT_EQ(image->owns_pixels, 1);  // the destructor now frees the block
-    EXPECT_EQ(image->pixels, block);
     EXPECT_EQ(block[5], (P{32667, 0, 32767, 767}));
     EXPECT_EQ(block[0], (P{32767, 32767, 32767, 32767}));
 }

@@ -1,6 +1,7 @@
 // Colour controls: packing both ways, sliders, hiding and freezing.
 #include <vector>
 
+#include "control_records.h"
 #include "framework/controls.h"
 #include "host_log_fixture.h"
 
@@ -8,20 +9,11 @@ using ::testing::ElementsAre;
 
 namespace {
 
-SparkFloatStruct slider(float value, float min, float max) {
-    SparkFloatStruct record{};
-    record.Value = value;
-    record.Min = min;
-    record.Max = max;
-    record.Title = "Colour R: %.2f";
-    return record;
-}
-
 struct ColourWithSliders {
     SparkColorStruct word{0, nullptr};
     SparkColorStruct second{0, nullptr};
-    SparkFloatStruct red = slider(10.0f, 5.0f, 95.0f), green = slider(20.0f, 5.0f, 95.0f),
-                     blue = slider(30.0f, 5.0f, 95.0f);
+    SparkFloatStruct red = float_record(10.0f, 5.0f, 95.0f), green = float_record(20.0f, 5.0f, 95.0f),
+                     blue = float_record(30.0f, 5.0f, 95.0f);
     AuxQv aux;
     ColourControlQv control;
 
@@ -73,7 +65,7 @@ TEST_F(ColourControls, HideCoversTheSlidersOnlyWhenThereAreThree) {
 
     sparkhost::control_log().clear();
     SparkColorStruct host{0, nullptr};
-    SparkFloatStruct only = slider(1.0f, 0.0f, 100.0f);
+    SparkFloatStruct only = float_record(1.0f, 0.0f, 100.0f);
     AuxQv partial;
     partial.sliders[0] = &only;
     ColourControlQv without;

@@ -2,6 +2,7 @@
 #include <cstring>
 #include <string>
 
+#include "control_records.h"
 #include "framework/controls.h"
 #include "host_log_fixture.h"
 
@@ -9,18 +10,9 @@ using ::testing::ElementsAre;
 
 namespace {
 
-SparkFloatStruct percent_record(float value, const char *title) {
-    SparkFloatStruct record{};
-    record.Value = value;
-    record.Min = -300.0f;
-    record.Max = 300.0f;
-    record.Title = title;
-    return record;
-}
-
 struct Position {
-    SparkFloatStruct x = percent_record(1.0f, "Left X: %.2f");
-    SparkFloatStruct y = percent_record(2.0f, "Left Y: %.2f");
+    SparkFloatStruct x = float_record(1.0f);
+    SparkFloatStruct y = float_record(2.0f);
     AuxQv aux;
     PositionControlQv control;
 

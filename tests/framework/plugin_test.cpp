@@ -6,6 +6,7 @@
 #include "framework/plugin.h"
 #include "host/globals.h"
 #include "spark/spark.h"
+#include "pixel_expect.h"
 
 namespace {
 
@@ -44,7 +45,7 @@ TEST_F(FrameAccess, WithoutTempBufferImageIsLeftAlone) {
               std::string::npos);
 }
 
-TEST_F(FrameAccess, FetchedFrameIsConvertedIntoTheGivenImage) {
+TEST_F(FrameAccess, FetchedFrameIsConvertedIntoTheGivenImageAndDecodesAsTrackVectors) {
     source.random_access = 1;
     source.temp_buffer = &record;
     host_pixels[(2 * 4 + 3) * 3 + 0] = 255;
@@ -53,26 +54,20 @@ TEST_F(FrameAccess, FetchedFrameIsConvertedIntoTheGivenImage) {
     ImageQv *pointer = &image;
     source.GetValue(5.0, pointer);
     EXPECT_EQ(pointer, &image);
-    EXPECT_EQ(image.rows[2][3].red, 0x7FFF);
-    EXPECT_EQ(image.rows[2][3].alpha, 0x7FFF);
+    EXPECT_EQ(image.rows[2][3], (PixelQv{0x7FFF, 0, 0, 0x7FFF}));
     EXPECT_EQ(image.scale_x, 1.25);  // the image's own aspect is handed back in
-}
 
-TEST_F(FrameAccess, TrackDataDecodesSignedEightEightVectors) {
-    source.random_access = 1;
-    source.temp_buffer = &record;
     // red byte 1 -> channel 0x0080 -> +1/256; blue byte 4 -> 0x0202 -> 4, with
     // the opaque alpha 0x7FFF << 1 = 0xFFFE filling the high bits: -2/256.
+    host_pixels.assign(host_pixels.size(), 0);
     host_pixels[(1 * 4 + 2) * 3 + 0] = 1;
     host_pixels[(1 * 4 + 2) * 3 + 2] = 4;
-    ImageQv current(4, 3, 1.0f, nullptr, nullptr);
-    source.image = &current;
+    source.image = &image;
     PluginQv plugin;
     float *vectors = plugin.GetTrackData(&source, 3.0);
     ASSERT_NE(vectors, nullptr);
     EXPECT_FLOAT_EQ(vectors[2 * (1 * 4 + 2)], 1.0f / 256);
     EXPECT_FLOAT_EQ(vectors[2 * (1 * 4 + 2) + 1], float(int16_t(0xFFFE | 4)) / 256);
-    EXPECT_FLOAT_EQ(vectors[0], 0.0f);
     EXPECT_FLOAT_EQ(vectors[1], -2.0f / 256);
     delete[] vectors;
 }
@@ -87,9 +82,7 @@ TEST(TrackDecode, HighBitOfGreenFallsOut) {
     plugin.track_image = &image;
     plugin.track_buffer = vectors;
     plugin.mp_ImgToTV(0, 0);
-    EXPECT_EQ(vectors[0], 1.0f / 256);
-    EXPECT_EQ(vectors[1], 0.0f);
-    EXPECT_EQ(vectors[2], 0.0f);
-    EXPECT_EQ(vectors[4], -1.0f / 256);  // 0xFF | 0xFFFE = 0xFFFF
-    EXPECT_EQ(vectors[5], 2.0f / 256);
+    // 0xFF | 0xFFFE = 0xFFFF gives -1/256 for the last pixel's x.
+    const float expected[6] = {1.0f / 256, 0.0f, 0.0f, 0.0f, -1.0f / 256, 2.0f / 256};
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(vectors[i], expected[i]) << i;
 }
