@@ -116,8 +116,9 @@ TEST(CutOut, LuminanceChannelUsesWeightsFiveEightThreeAndUnknownChannelsChangeNo
     EXPECT_EQ(white->rows[0][2].blue, 6142);
 
     auto image = solid(1, 1, {111, 222, 333, 444});
-    image->CutOut(source.get(), 5, 0, 1);
-    image->CutOut(source.get(), -1, 0, 1);
+    auto black = solid(1, 1, {0, 0, 0, 0});
+    image->CutOut(black.get(), 5, 0, 1);
+    image->CutOut(black.get(), -1, 0, 1);
     EXPECT_EQ(image->rows[0][0], (P{111, 222, 333, 444}));
 }
 
