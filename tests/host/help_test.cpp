@@ -22,27 +22,21 @@ namespace {
 // Sets (or, with null, removes) an environment variable for one scope.
 class ScopedEnv {
 public:
-    ScopedEnv(const char *name, const char *value) : name_(name) {
-        const char *old = std::getenv(name);
-        had_ = old != nullptr;
-        if (had_) old_ = old;
-        if (value) setenv(name, value, 1);
-        else unsetenv(name);
+    ScopedEnv(const char *name, const char *value) : name_(name), had_(std::getenv(name) != nullptr) {
+        if (had_) old_ = std::getenv(name);
+        value ? setenv(name, value, 1) : unsetenv(name);
     }
-    ~ScopedEnv() {
-        if (had_) setenv(name_.c_str(), old_.c_str(), 1);
-        else unsetenv(name_.c_str());
-    }
+    ~ScopedEnv() { had_ ? setenv(name_.c_str(), old_.c_str(), 1) : unsetenv(name_.c_str()); }
 
 private:
-    std::string name_, old_;
+    std::string name_;
     bool had_;
+    std::string old_;
 };
 
 std::string read_file(const std::string &path) {
-    std::ifstream in(path);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
 }
 
