@@ -96,6 +96,7 @@ TEST_F(AmplitudeImport, FilesSetKeysAtTheirKeyNumbersOrSayWhyNot) {
     host_ = HostRecord{};
     aiff_file_CB(nullptr);
     EXPECT_EQ(host_.messages, unreadable);
+    EXPECT_EQ(host_.pauses, std::vector<unsigned>{2});
 }
 
 TEST_F(AmplitudeImport, ButtonOpensTheFileBrowserInTheWorkingDirectory) {
