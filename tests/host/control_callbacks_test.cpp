@@ -18,9 +18,6 @@ using sparkhost::Message;
 
 namespace {
 
-constexpr int kResolutionLists[] = {33, 62, 91, 120};
-constexpr int kAutoPreviews[] = {34, 63, 92, 121};
-constexpr int kClearOverlays[] = {28, 57, 86, 115};
 constexpr const char *kResetQuestion = "Are you sure you want to reset the current settings to default values?";
 
 class ControlCallbacks : public PluginHostTest {
@@ -32,28 +29,33 @@ protected:
             if (message.kind == Message::Kind::Confirm && message.text == kResetQuestion) ++count;
         return count;
     }
+    void expect_shown(const std::vector<int> &numbers, bool expected) {
+        for (int number : numbers) EXPECT_EQ(shown(number), expected) << "control " << number;
+    }
+    // The values of a common control, repeated 29 numbers apart on the four pages.
+    std::vector<int> on_every_page(int first, bool list = false) {
+        std::vector<int> values;
+        for (int n = first; n < first + 4 * 29; n += 29)
+            values.push_back(list ? list_control(n).Value : switch_control(n).Value);
+        return values;
+    }
 };
 
 }  // namespace
 
-TEST_F(ControlCallbacks, ResolutionOnAnyPageChangesAllFourAndRendersEvenWithoutPreview) {
-    host().set_control(34, 0);
+TEST_F(ControlCallbacks, CommonControlsStayEqualOnAllPagesAndResolutionRendersEvenWithoutPreview) {
+    host().set_control(92, 0);  // "Auto Preview", page 2
+    EXPECT_EQ(on_every_page(34), std::vector<int>(4, 0));
     for (int page = 0; page < 4; ++page) {
-        SCOPED_TRACE(page);
-        EXPECT_TRUE(host().set_control(kResolutionLists[page], 2 + page));
-        for (int list : kResolutionLists) EXPECT_EQ(list_control(list).Value, 2 + page) << list;
+        EXPECT_TRUE(host().set_control(33 + 29 * page, 2 + page)) << page;
+        EXPECT_EQ(on_every_page(33, true), std::vector<int>(4, 2 + page)) << page;
     }
-}
-
-TEST_F(ControlCallbacks, AutoPreviewAndClearOverlayStayEqualOnAllPages) {
-    host().set_control(kAutoPreviews[2], 0);
-    for (int number : kAutoPreviews) EXPECT_EQ(switch_control(number).Value, 0) << number;
-    host().set_control(kAutoPreviews[3], 1);
-    for (int number : kAutoPreviews) EXPECT_EQ(switch_control(number).Value, 1) << number;
+    host().set_control(121, 1);
+    EXPECT_EQ(on_every_page(34), std::vector<int>(4, 1));
 
     const int before = redraws();
-    EXPECT_FALSE(host().set_control(kClearOverlays[1], 1));
-    for (int number : kClearOverlays) EXPECT_EQ(switch_control(number).Value, 1) << number;
+    EXPECT_FALSE(host().set_control(57, 1));  // "Clear Overlay", page 1
+    EXPECT_EQ(on_every_page(28), std::vector<int>(4, 1));
     EXPECT_EQ(redraws(), before + 1);
 }
 
@@ -84,17 +86,23 @@ TEST_F(ControlCallbacks, BlendRendersOnlyWhileTheViewerShowsTheResult) {
     EXPECT_FLOAT_EQ(float_control(27).Value, 60.0f);
 }
 
-TEST_F(ControlCallbacks, ResetOnYesRestoresItsOwnPageOnly) {
+TEST_F(ControlCallbacks, ResetAsksThenRestoresItsOwnPageOnly) {
     host().set_control("Density", 40);
     host().set_control(23, 0);          // "Growth Mode: Assorted"
     host().set_control("Demos", 5);
     host().set_control("Blend", 30);
     host().set_control(38, 0);          // "Turbulence" lives on page 1
     host().set_control(33, 2);          // resolution: common to every page
-    const int asked = confirmations();
 
+    // Answered no, nothing changes but the press still previews.
+    host().settings().confirm_answer = false;
     EXPECT_TRUE(host().press_control(32));
-    EXPECT_EQ(confirmations(), asked + 1);
+    EXPECT_EQ(confirmations(), 1);
+    EXPECT_FLOAT_EQ(float_control(27).Value, 30.0f);
+
+    host().settings().confirm_answer = true;
+    EXPECT_TRUE(host().press_control(32));
+    EXPECT_EQ(confirmations(), 2);
     EXPECT_FLOAT_EQ(float_control(16).Value, 20.0f);
     EXPECT_EQ(list_control(23).Value, 3);
     EXPECT_EQ(list_control(29).Value, 0);
@@ -110,49 +118,31 @@ TEST_F(ControlCallbacks, ResetOnYesRestoresItsOwnPageOnly) {
     EXPECT_EQ(switch_control(42).Value, 1);
 }
 
-TEST_F(ControlCallbacks, ResetOnNoChangesNothingButStillPreviews) {
-    host().settings().confirm_answer = false;
-    host().set_control("Light", 1);
-    host().set_control("Light Inten", 120);
-    const int asked = confirmations();
-    EXPECT_TRUE(host().press_control(119));
-    EXPECT_EQ(confirmations(), asked + 1);
-    EXPECT_EQ(switch_control(93).Value, 1);
-    EXPECT_FLOAT_EQ(float_control(102).Value, 120.0f);
-}
+TEST_F(ControlCallbacks, VisibilityFollowsTheSwitchesFromTheFirstFrameOn) {
+    const std::vector<int> lighting = {100, 101, 107, 108, 109, 104, 103, 102, 111, 112, 113, 94, 95, 96, 97};
+    // The first frame hides what the default switches leave unused.
+    expect_shown({45, 46, 50, 51, 52, 53, 98, 99, 100, 101, 102, 103, 104, 107, 108, 109, 111, 112, 113, 94}, false);
+    expect_shown({14, 39, 40, 41, 43, 16, 24}, true);
 
-TEST_F(ControlCallbacks, FirstFrameHidesWhatTheDefaultSwitchesLeaveUnused) {
-    for (int number : {45, 46, 50, 51, 52, 53, 98, 99, 100, 101, 102, 103, 104, 107, 108, 109, 111, 112, 113, 94})
-        EXPECT_FALSE(shown(number)) << number;
-    for (int number : {14, 39, 40, 41, 43, 16, 24}) EXPECT_TRUE(shown(number)) << number;
-}
-
-TEST_F(ControlCallbacks, LightOffHidesRefIntensityEvenWithReflectionsOnAndBack) {
-    EXPECT_FALSE(shown(99));
+    // "Ref Intensity" needs both Light and Reflections.
     host().set_control("Light", 1);
     host().set_control("Reflections", 1);
-    EXPECT_TRUE(shown(99));
-    EXPECT_TRUE(shown(98));
+    expect_shown({98, 99}, true);
     host().set_control("Light", 0);
-    EXPECT_FALSE(shown(99));
-    EXPECT_FALSE(shown(98));
-    for (int number : {100, 101, 107, 108, 109, 104, 103, 102, 111, 112, 113, 94, 95, 96, 97})
-        EXPECT_FALSE(shown(number)) << number;
+    expect_shown({98, 99}, false);
+    expect_shown(lighting, false);
     host().set_control("Light", 1);
-    EXPECT_TRUE(shown(99));
-    for (int number : {100, 101, 107, 108, 109, 104, 103, 102, 111, 112, 113, 94, 95, 96, 97})
-        EXPECT_TRUE(shown(number)) << number;
-}
+    expect_shown({99}, true);
+    expect_shown(lighting, true);
 
-TEST_F(ControlCallbacks, CongregateWithoutBurstShowsTheSharedControlsButNotTheProbability) {
+    // Congregate without Burst shows the shared controls, not the probability.
     host().set_control("Congregate", 1);
-    for (int number : {51, 52, 53}) EXPECT_TRUE(shown(number)) << number;
-    EXPECT_FALSE(shown(50));
+    expect_shown({51, 52, 53}, true);
+    expect_shown({50}, false);
     host().set_control("Congregate", 0);
-    for (int number : {51, 52, 53}) EXPECT_FALSE(shown(number)) << number;
-}
+    expect_shown({51, 52, 53}, false);
 
-TEST_F(ControlCallbacks, AssortedGrowthHidesTimeMaxSizeAndEveryOtherModeShowsIt) {
+    // "TimeMaxSize" is hidden by Assorted growth alone.
     for (int mode : {0, 1, 0, 2, 3}) {
         host().set_control("Growth Mode", mode);
         EXPECT_EQ(shown(14), mode != 0) << "mode " << mode;
@@ -164,13 +154,6 @@ TEST_F(ControlCallbacks, SwitchAsksTheHostToRedrawItselfAfterItsRule) {
     EXPECT_TRUE(shown(45));
     const std::vector<int> updates = sparkhost::control_log().updates();
     EXPECT_NE(std::find(updates.begin(), updates.end(), 44), updates.end());
-}
-
-TEST_F(ControlCallbacks, HostWritesAnimatedValuesBeforeEachFrameAtTheRecordsFrame) {
-    sparkhost::set_curve_key(16, 0.0f, 10.0f);
-    sparkhost::set_curve_key(16, 10.0f, 110.0f);
-    ASSERT_TRUE(host().process(6));  // the plug-in sees frame 5
-    EXPECT_FLOAT_EQ(float_control(16).Value, 60.0f);
 }
 
 TEST_F(ControlCallbacks, ImportAmplitudeFileFillsTheCurveOfTheLightSwitch) {
@@ -186,35 +169,30 @@ class ColourCallbacks : public PluginHostTest, public ::testing::WithParamInterf
 protected:
     void SetUp() override { start(quiet_host_settings(GetParam())); }
     bool deep() const { return GetParam() == Depth::Bits12; }
-    static uint32_t byte(uint32_t word, int index) { return (word >> (8 * index)) & 0xFFu; }
+    uint32_t rgb(int number) { return colour_control(number).Value & 0xFFFFFFu; }  // red in the low byte
+    void expect_sliders(int first, const std::vector<double> &expected) {
+        for (int i = 0; i < 3; ++i) EXPECT_NEAR(float_control(first + i).Value, expected[i], 1e-3) << first + i;
+    }
 };
 
 TEST_P(ColourCallbacks, SlidersBuildThePackedColour) {
     host().set_control("BubbleColour R", 50);
     host().set_control("BubbleColour G", 0.2);
     host().set_control("BubbleColour B", 0);
-    const uint32_t bubble = colour_control(71).Value;
-    EXPECT_EQ(byte(bubble, 0), 128u);  // round(50 x 2.551); round(50 x 40.951) = 2048 in 12 bits
-    EXPECT_EQ(byte(bubble, 1), deep() ? 0u : 1u);
-    EXPECT_EQ(byte(bubble, 2), 0u);
-
+    // Red: round(50 x 2.551) = 128; round(50 x 40.951) = 2048 in 12 bits, top byte 128.
+    EXPECT_EQ(rgb(71), deep() ? 0x000080u : 0x000180u);
     host().set_control("Light Colour G", 10);
-    const uint32_t light = colour_control(94).Value;
-    EXPECT_EQ(byte(light, 0), 255u);
-    EXPECT_EQ(byte(light, 1), deep() ? 25u : 26u);  // round(25.51); round(409.51) = 410, top bits 25
-    EXPECT_EQ(byte(light, 2), 255u);
+    // Green: round(25.51) = 26; round(409.51) = 410 in 12 bits, top byte 25.
+    EXPECT_EQ(rgb(94), deep() ? 0xFF19FFu : 0xFF1AFFu);
 }
 
 TEST_P(ColourCallbacks, PickedColourFillsTheSliders) {
     host().set_control(71, double(0x00FF8040u));
-    const double scale = deep() ? 40.951 : 2.551;
-    auto widen = [&](double b) { return deep() ? double((int(b) << 4) | (int(b) >> 4)) : b; };
-    EXPECT_NEAR(float_control(72).Value, widen(0x40) / scale, 1e-4);
-    EXPECT_NEAR(float_control(73).Value, widen(0x80) / scale, 1e-4);
-    EXPECT_NEAR(float_control(74).Value, widen(0xFF) / scale, 1e-4);
-
+    // 12-bit widens each byte (0x40 to 0x404) and scales by 40.951 instead of 2.551.
+    expect_sliders(72, deep() ? std::vector<double>{25.1032, 50.2063, 99.9976}
+                              : std::vector<double>{25.0882, 50.1764, 99.9608});
     host().set_control(94, 0.0);
-    for (int number : {95, 96, 97}) EXPECT_EQ(float_control(number).Value, 0.0f) << number;
+    expect_sliders(95, {0, 0, 0});
 }
 
 INSTANTIATE_TEST_SUITE_P(Depths, ColourCallbacks, ::testing::Values(Depth::Bits8, Depth::Bits12),

@@ -10,6 +10,7 @@
 #include "host/control_table.h"
 #include "host/instance.h"
 #include "sparkhost/controls.h"
+#include "plugin_host_fixture.h"
 #include "sparkhost/host.h"
 
 namespace {
@@ -27,11 +28,7 @@ class OwnFrameCycle : public ::testing::Test {
 protected:
     void SetUp() override {
         for (const HostControl &control : host_controls()) write_host_default(control);
-        sparkhost::Settings settings;
-        settings.format = {24, 16, sparkhost::Depth::Bits8};
-        settings.processors = 2;
-        settings.message_sink = [](const sparkhost::Message &) {};
-        host_ = std::make_unique<sparkhost::Host>(settings);
+        host_ = std::make_unique<sparkhost::Host>(quiet_host_settings());
         host_->make_current();
         host_->prepare_frame(1);
         info_ = host_->info_record(1);
@@ -61,11 +58,6 @@ TEST_F(OwnFrameCycle, DensitySetThroughTheHostIsReadByTheNextFrame) {
     ASSERT_NE(SparkProcess(info_), nullptr);
     EXPECT_FLOAT_EQ(Instance.partSet->density, 40.0f);
     EXPECT_DOUBLE_EQ(Instance.parameters.density, 40.0);
-}
-
-TEST_F(OwnFrameCycle, WithAutoPreviewTheChangeRendersAtOnce) {
-    EXPECT_NE(controls_.at("Density").set_by_user(55, info_), nullptr);
-    EXPECT_FLOAT_EQ(Instance.partSet->density, 55.0f);
 }
 
 TEST_F(OwnFrameCycle, GrowthModeThreeReachesTheEffectAsFour) {

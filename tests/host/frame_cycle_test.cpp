@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -35,14 +36,33 @@ Frame random_frame(const FrameFormat &format, unsigned seed) {
     return frame;
 }
 
-// With no bubbles born the effect leaves the scene as it is, so a frame
-// shows the conversions alone.
-void no_bubbles(Host &host) { host.controls().at("Density").set_value(0); }
+// Loads the plug-in and starts it (its banner kept off the test output). With
+// no bubbles born the effect leaves the scene as it is, so a frame shows the
+// conversions alone.
+std::unique_ptr<Host> started_host(const Settings &settings, std::string *banner = nullptr) {
+    auto host = std::make_unique<Host>(settings);
+    host->load(FIZZLE_PLUGIN_PATH);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(host->initialise(), 2u);
+    const std::string out = testing::internal::GetCapturedStdout();
+    if (banner) *banner = out;
+    host->controls().at("Density").set_value(0);
+    return host;
+}
 
 bool has_message(const Host &host, Message::Kind kind, const std::string &text) {
     for (const Message &message : host.messages())
         if (message.kind == kind && message.text == text) return true;
     return false;
+}
+
+// Sends a random scene and checks that it comes back unchanged.
+void expect_scene_returned(Host &host, int frame) {
+    Frame scene = random_frame(host.settings().format, unsigned(frame));
+    host.set_input(kScene, scene);
+    std::optional<Frame> out = host.process(frame);
+    ASSERT_TRUE(out) << host.last_failure();
+    EXPECT_TRUE(*out == scene) << "frame " << frame;
 }
 
 template <class Word>
@@ -54,58 +74,35 @@ std::vector<Word> words_of(const Frame &frame) {
 
 }  // namespace
 
-TEST(FrameCycle, StartUpAnswersAndPrintsTheModeOfTheFrameDepth) {
+TEST(FrameCycle, StartUpPrintsTheModeOfTheFrameDepthAndFullResolutionComesBackByteForByte) {
     for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
-        Host host(settings_for(64, 48, depth));
-        host.load(FIZZLE_PLUGIN_PATH);
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(host.initialise(), 2u);
-        std::string out = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(host.clips(), 4);
+        std::string banner;
+        auto host = started_host(settings_for(37, 23, depth), &banner);
+        EXPECT_EQ(host->clips(), 4);
         const char *mode = depth == Depth::Bits12 ? "... 12 bit mode selected.\n" : "... 8-10 bit mode selected.\n";
-        EXPECT_NE(out.find(mode), std::string::npos) << out;
-        EXPECT_NE(out.find("Available buffers = 8\n"), std::string::npos) << out;
-        EXPECT_TRUE(host.messages().empty());
-        host.uninitialise();
-    }
-}
-
-TEST(FrameCycle, FullResolutionFrameComesBackByteForByte) {
-    for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
-        Host host(settings_for(37, 23, depth));
-        host.load(FIZZLE_PLUGIN_PATH);
-        host.initialise();
-        no_bubbles(host);
-        for (int frame = 1; frame <= 3; ++frame) {
-            Frame scene = random_frame(host.settings().format, unsigned(frame));
-            host.set_input(kScene, scene);
-            std::optional<Frame> out = host.process(frame);
-            ASSERT_TRUE(out) << host.last_failure();
-            EXPECT_TRUE(*out == scene) << "frame " << frame;
-        }
-        host.uninitialise();
+        EXPECT_NE(banner.find(mode), std::string::npos) << banner;
+        EXPECT_NE(banner.find("Available buffers = 8\n"), std::string::npos) << banner;
+        EXPECT_TRUE(host->messages().empty());
+        for (int frame = 1; frame <= 3; ++frame) expect_scene_returned(*host, frame);
+        host->uninitialise();
     }
 }
 
 TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
     const int divisors[] = {1, 2, 3, 4, 6, 8, 12, 16, 32};
     for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
-        Host host(settings_for(725, 67, depth));
-        host.load(FIZZLE_PLUGIN_PATH);
-        host.initialise();
-        no_bubbles(host);
-        Frame scene = random_frame(host.settings().format, 7);
-        host.set_input(kScene, scene);
+        auto host = started_host(settings_for(725, 67, depth));
+        Frame scene = random_frame(host->settings().format, 7);
+        host->set_input(kScene, scene);
         for (int value = 0; value <= 9; ++value) {
-            host.settings().proxy = value;
-            std::optional<Frame> out = host.process(value + 1);
-            ASSERT_TRUE(out) << host.last_failure();
+            host->settings().proxy = value;
+            std::optional<Frame> out = host->process(value + 1);
+            ASSERT_TRUE(out) << host->last_failure();
             const int s = value <= 8 ? divisors[value] : 1;  // beyond the list: full resolution
             if (depth == Depth::Bits8)
                 EXPECT_EQ(out->bytes(), expected_proxy_round_trip(scene.bytes(), 725, 67, s)) << "1/" << s;
             else
-                EXPECT_EQ(words_of<uint16_t>(*out),
-                          expected_proxy_round_trip(words_of<uint16_t>(scene), 725, 67, s))
+                EXPECT_EQ(words_of<uint16_t>(*out), expected_proxy_round_trip(words_of<uint16_t>(scene), 725, 67, s))
                     << "1/" << s;
         }
     }
@@ -114,64 +111,43 @@ TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
 TEST(FrameCycle, TooFewBuffersRefusesEveryFrameUntilRestarted) {
     Settings settings = settings_for(64, 48, Depth::Bits8);
     settings.free_buffers = 1;
-    Host host(settings);
-    host.load(FIZZLE_PLUGIN_PATH);
-    testing::internal::CaptureStdout();
-    host.initialise();
-    std::string out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("ERROR: we need 2 image buffers, but we only got 1.\n"
-                       "... Processing will be turned off ...\n"),
+    std::string banner;
+    auto host = started_host(settings, &banner);
+    EXPECT_NE(banner.find("ERROR: we need 2 image buffers, but we only got 1.\n"
+                          "... Processing will be turned off ...\n"),
               std::string::npos)
-        << out;
-    EXPECT_TRUE(has_message(host, Message::Kind::Message, "Insufficient image buffers available! Giving up!"));
-    host.clear_messages();
-    EXPECT_FALSE(host.process(1));
-    EXPECT_FALSE(host.process(2));
-    EXPECT_TRUE(has_message(host, Message::Kind::Message, " Fizzle cannot run due to insufficient buffers."));
+        << banner;
+    EXPECT_TRUE(has_message(*host, Message::Kind::Message, "Insufficient image buffers available! Giving up!"));
+    host->clear_messages();
+    EXPECT_FALSE(host->process(1));
+    EXPECT_FALSE(host->process(2));
+    EXPECT_TRUE(has_message(*host, Message::Kind::Message, " Fizzle cannot run due to insufficient buffers."));
 
-    host.settings().free_buffers = 2;
+    host->settings().free_buffers = 2;
     testing::internal::CaptureStdout();
-    host.initialise();
+    host->initialise();
     testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(host.process(3));
+    EXPECT_TRUE(host->process(3));
 }
 
 TEST(FrameCycle, OldInterfaceWarnsAndStillWorks) {
     Settings settings = settings_for(64, 48, Depth::Bits8);
     settings.api_version = 3.9;
-    Host host(settings);
-    host.load(FIZZLE_PLUGIN_PATH);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(host.initialise(), 2u);
-    testing::internal::GetCapturedStdout();
-    no_bubbles(host);
-    EXPECT_TRUE(has_message(host, Message::Kind::Error,
+    auto host = started_host(settings);
+    EXPECT_TRUE(has_message(*host, Message::Kind::Error,
                             "This version of \"Fizzle\" needs IFFFS 7.0/4.0 (sparks API 4.0) or higher."));
-    Frame scene = random_frame(settings.format, 11);
-    host.set_input(kScene, scene);
-    std::optional<Frame> out = host.process(1);
-    ASSERT_TRUE(out);
-    EXPECT_TRUE(*out == scene);
+    expect_scene_returned(*host, 1);
 }
 
 TEST(FrameCycle, MissingBufferReturnsNothingQuietlyAndTheNextFrameRuns) {
     for (int missing : {1, 2, 5}) {
         Settings settings = settings_for(64, 48, Depth::Bits12);
         settings.unavailable_buffers = {missing};
-        Host host(settings);
-        host.load(FIZZLE_PLUGIN_PATH);
-        testing::internal::CaptureStdout();
-        host.initialise();
-        testing::internal::GetCapturedStdout();
-        no_bubbles(host);
-        host.clear_messages();
-        EXPECT_FALSE(host.process(1)) << "buffer " << missing;
-        EXPECT_TRUE(host.messages().empty());
-        host.settings().unavailable_buffers.clear();
-        Frame scene = random_frame(settings.format, 5);
-        host.set_input(kScene, scene);
-        std::optional<Frame> out = host.process(2);
-        ASSERT_TRUE(out);
-        EXPECT_TRUE(*out == scene);
+        auto host = started_host(settings);
+        host->clear_messages();
+        EXPECT_FALSE(host->process(1)) << "buffer " << missing;
+        EXPECT_TRUE(host->messages().empty());
+        host->settings().unavailable_buffers.clear();
+        expect_scene_returned(*host, 2);
     }
 }

@@ -32,10 +32,7 @@ public:
 
 struct StandInEffect {
     StandInOverlay overlay;
-    bool clear_overlay = false;
-    bool auto_preview = true;
-    bool caught = false;
-    bool hovered = false;
+    bool clear_overlay = false, auto_preview = true, caught = false, hovered = false;
     float pressure = -1.0f;
     int renders = 0;
     unsigned long frame[1] = {};
@@ -44,14 +41,10 @@ struct StandInEffect {
 StandInEffect *effect = nullptr;
 
 OverlayHooks stand_in_hooks() {
-    return {[]() -> OverlayQv & { return effect->overlay; },
-            [] { return effect->clear_overlay; },
-            [] { return effect->auto_preview; },
-            [](float pressure) { effect->pressure = pressure; },
-            [] { return effect->caught; },
-            [] { return effect->hovered; },
-            [] {},
-            [](SparkInfoStruct) -> unsigned long * {
+    return {[]() -> OverlayQv & { return effect->overlay; },   [] { return effect->clear_overlay; },
+            [] { return effect->auto_preview; },                [](float pressure) { effect->pressure = pressure; },
+            [] { return effect->caught; },                      [] { return effect->hovered; },
+            [] {},                                              [](SparkInfoStruct) -> unsigned long * {
                 ++effect->renders;
                 return effect->frame;
             }};

@@ -1,10 +1,19 @@
-// What a host frame looks like after it went into a proxy image and back.
+// Random host frames, and what one looks like after a proxy image and back.
 #pragma once
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 #include "host/conversion.h"
+
+template <class Word>
+std::vector<Word> random_words(size_t count, unsigned seed) {
+    std::mt19937 generator(seed);
+    std::vector<Word> words(count);
+    for (Word &w : words) w = Word(generator());
+    return words;
+}
 
 // Each host pixel (x, y) becomes the host pixel its proxy sample came from:
 // proxy row y/s read host row s/2 + (y/s)*s, proxy column x/s read host
