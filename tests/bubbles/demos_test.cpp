@@ -117,12 +117,3 @@ TEST_F(Demos, SamePresetTwiceRestartsTwiceWithTheSameValues) {
     EXPECT_EQ(SparkFloat16.Value, density);
     EXPECT_EQ(SparkFloat13.Value, lifetime);
 }
-
-TEST_F(Demos, ListValuesBeyondTheEntriesLoadBasic) {
-    for (int outside : {10, -1}) {
-        choose(3);
-        choose(outside);
-        EXPECT_EQ(SparkInt9.Value, 60) << outside;
-        EXPECT_FLOAT_EQ(SparkFloat12.Value, 1.6f) << outside;
-    }
-}

@@ -129,13 +129,6 @@ TEST_F(EffectOverlay, LightWidgetsHideAndIgnoreThePenWithoutLightIntensity) {
     EXPECT_TRUE(has_segment(drawn, 40, 50, 160, 50)) << "the emitter stays";
 }
 
-TEST_F(EffectOverlay, ClearOverlayDrawsNothingAndIgnoresThePen) {
-    host().set_control("Clear Overlay", 1);
-    EXPECT_TRUE(viewer().draw().empty());
-    for (const PenOutcome &outcome : viewer().stroke({41, 51}, {60, 20})) EXPECT_TRUE(outcome.ignored());
-    expect_percent("Left X", 20.0);
-}
-
 TEST_F(EffectOverlay, BandAroundTheEmitterIsPositionVarWideScaledByPixelAspect) {
     host().settings().pixel_aspect = 2.0f;
     host().set_control("Position Var", 10);  // 20 pixels of a 200-pixel frame

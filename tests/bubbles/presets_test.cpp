@@ -33,8 +33,6 @@ TEST(DemoPresets, AmountsAreGivenOnlyWhereTheirSwitchIsOn) {
     }
     EXPECT_EQ(congregating, "Gathering");
     EXPECT_EQ(without_gravity, "Gathering Flurry ");
-    // Swirly is the one preset that leaves Congregate as it is.
-    EXPECT_FALSE(demo_preset_for_list_value(7).congregate.has_value());
     // Positions are fractions of the frame: Pipe's emitter lies off the left edge.
     EXPECT_DOUBLE_EQ(*demo_preset_for_list_value(10).left_x, -0.131);
 }
