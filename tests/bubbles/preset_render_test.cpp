@@ -1,11 +1,9 @@
 // Every demo preset rendered through the real plug-in in our host: no
-// error, bubbles near the emitter from the first frames, and the scene left
-// alone far from it.
+// error, and bubbles near the emitter from the first frames.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <string>
 
 #include "bubbles/presets.h"
@@ -35,30 +33,21 @@ class PresetRender : public ::testing::TestWithParam<int> {};
 
 }  // namespace
 
-TEST_P(PresetRender, DrawsBubblesNearTheEmitterAndLeavesTheFarSceneAlone) {
+TEST_P(PresetRender, RendersWithoutErrorAndDrawsBubblesNearTheEmitter) {
     const DemoPreset &preset = demo_preset_for_list_value(GetParam());
     constexpr int W = 192, H = 128;
     PresetHost rig(W, H);
     rig.choose(preset.name);
     // Frame rows count from the bottom, as the effect's image rows do.
     const Point a{W * *preset.left_x, H * *preset.left_y}, b{W * *preset.right_x, H * *preset.right_y};
-    // The 16-pixel corner square farthest from the emitter, where no newborn bubble reaches in one frame.
-    const Point corners[] = {{0, 0}, {W - 16.0, 0}, {0, H - 16.0}, {W - 16.0, H - 16.0}};
-    const Point far = *std::max_element(std::begin(corners), std::end(corners), [&](Point p, Point q) {
-        return distance_to_segment({p.x + 8, p.y + 8}, a, b) < distance_to_segment({q.x + 8, q.y + 8}, a, b);
-    });
-
     int near_changes = 0;
     for (int number = 1; number <= 4; ++number) {
         const sparkhost::Frame frame = rig.render(number);
         ASSERT_EQ(frame.width(), W);
         for (int y = 0; y < H; ++y)
-            for (int x = 0; x < W; ++x) {
-                if (!differs_from_scene(frame, x, y)) continue;
-                near_changes += distance_to_segment({x + 0.5, y + 0.5}, a, b) <= 0.3 * W;
-                const bool in_far_corner = x >= far.x && x < far.x + 16 && y >= far.y && y < far.y + 16;
-                EXPECT_FALSE(number == 1 && in_far_corner) << x << ", " << y;
-            }
+            for (int x = 0; x < W; ++x)
+                near_changes +=
+                    differs_from_scene(frame, x, y) && distance_to_segment({x + 0.5, y + 0.5}, a, b) <= 0.3 * W;
     }
     EXPECT_GT(near_changes, 0);
     EXPECT_EQ(rig.first_error(), "");
