@@ -1,6 +1,5 @@
-// The effect instance: its fixed starting tables, its controls and their
-// bindings, the request callbacks and the per-frame reading of controls.
-#include <cstring>
+// The effect instance: its controls and their bindings, the request
+// callbacks and the per-frame reading of controls.
 #include <set>
 
 #include "effect_rig.h"
@@ -11,44 +10,22 @@ using EffectInstance = BoundEffectTest;
 
 }  // namespace
 
-TEST(EffectConstruction, EveryInstanceStartsFromTheSameTablesAndNoRequests) {
-    auto first = std::make_unique<Bubbles>();
-    auto second = std::make_unique<Bubbles>();
-    EXPECT_EQ(std::memcmp(first->unitVectors, second->unitVectors, sizeof first->unitVectors), 0);
-    EXPECT_EQ(std::memcmp(first->randomTable, second->randomTable, sizeof first->randomTable), 0);
-    EXPECT_NE(std::memcmp(first->randomTable, first->randomTable + 1, 64 * sizeof(float)), 0);
-    EXPECT_EQ(first->restartPending, 0);
-    EXPECT_EQ(first->preRollPending, 0);
-    EXPECT_EQ(first->requestSpare, 0);
-    EXPECT_EQ(first->lumpAspect, -400.0f);
-    EXPECT_EQ(first->firstFrame, 1);
-    ASSERT_NE(first->partSet, nullptr);
-    EXPECT_EQ(first->partSet->blob_capacity, 1024);
-    const int32_t white[4] = {65535, 65535, 65535, 65535};
-    for (const OverlayControlQv *widget :
-         std::initializer_list<const OverlayControlQv *>{&first->info.leftCross, &first->info.emitterLine,
-                                                         &first->info.lightLine, &first->info.coneEditor})
-        EXPECT_EQ(std::memcmp(widget->colour, white, sizeof white), 0);
-}
-
 TEST_F(EffectInstance, SixtyTwoControlsAllBoundButTheFourthButtonOfEachGroup) {
     std::set<ControlQv *> distinct;
+    int unbound = 0;
     for (ControlQv *control : effect->info.controls()) {
         ASSERT_NE(control, nullptr);
         distinct.insert(control);
+        unbound += !control->bound();
     }
     EXPECT_EQ(distinct.size(), 62u);
+    EXPECT_EQ(unbound, 3);
     const BubblesInfo &info = effect->info;
-    for (const ButtonControlQv *group : {info.restart, info.restartPreRoll, info.doPreRoll}) {
-        for (int i = 0; i < 3; ++i) EXPECT_TRUE(group[i].bound());
+    for (const ButtonControlQv *group : {info.restart, info.restartPreRoll, info.doPreRoll})
         EXPECT_FALSE(group[3].bound());
-    }
     EXPECT_EQ(info.restart[2].index, 64);
     EXPECT_EQ(info.restartPreRoll[1].index, 36);
     EXPECT_EQ(info.doPreRoll[0].index, 8);
-    int unbound = 0;
-    for (ControlQv *control : effect->info.controls()) unbound += !control->bound();
-    EXPECT_EQ(unbound, 3);
     EXPECT_EQ(info.bubbleColour.sliders[2], &SparkFloat74);
     EXPECT_EQ(info.lightColour.sliders[0], &SparkFloat95);
     EXPECT_EQ(info.lightTarget.y_record, &SparkFloat108);
@@ -56,40 +33,12 @@ TEST_F(EffectInstance, SixtyTwoControlsAllBoundButTheFourthButtonOfEachGroup) {
     EXPECT_EQ(info.coneEditor.record, &SparkFloat103);
 }
 
-TEST_F(EffectInstance, ButtonsRaiseLevelRequestsForTheNextFrame) {
+TEST_F(EffectInstance, RestartPreRollRaisesBothLevelRequests) {
     Bubbles &e = *effect;
-    e.RestartCB(e.info.restart[0], 0);
-    e.RestartCB(e.info.restart[1], 0);
-    EXPECT_EQ(e.restartPending, 1);
-    EXPECT_EQ(e.preRollPending, 0);
-    e.restartPending = 0;
-    e.PreRollCB(e.info.doPreRoll[0], 0);
-    EXPECT_EQ(e.restartPending, 0);
-    EXPECT_EQ(e.preRollPending, 1);
-    e.preRollPending = 0;
     e.RestartPreRollCB(e.info.restartPreRoll[2], 0);
+    e.RestartPreRollCB(e.info.restartPreRoll[0], 0);
     EXPECT_EQ(e.restartPending, 1);
     EXPECT_EQ(e.preRollPending, 1);
-    e.restartPending = e.preRollPending = 0;
-    e.DemosCB(e.info.demos, 3);
-    EXPECT_EQ(e.restartPending, 1);
-    EXPECT_EQ(e.preRollPending, 0);
-}
-
-TEST_F(EffectInstance, DefaultControlsReadAsTheEngineDefaults) {
-    refresh_control_caches(*effect);
-    effect->ReadControls();
-    const BubbleParameters &p = effect->parameters;
-    const BubbleParameters defaults;
-    EXPECT_DOUBLE_EQ(p.right_x, defaults.right_x);
-    EXPECT_DOUBLE_EQ(p.position_var, defaults.position_var);
-    EXPECT_DOUBLE_EQ(p.light_source_y, defaults.light_source_y);
-    EXPECT_FLOAT_EQ(float(p.friction), float(defaults.friction));
-    EXPECT_EQ(p.growth_mode, defaults.growth_mode);
-    EXPECT_EQ(p.fade_mode, defaults.fade_mode);
-    EXPECT_EQ(p.turbulence_on, defaults.turbulence_on);
-    EXPECT_EQ(p.light_colour[1], defaults.light_colour[1]);
-    EXPECT_DOUBLE_EQ(p.seed, defaults.seed);
 }
 
 // Lists arrive numbered from 1, positions and "Position Var" as fractions,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -13,22 +14,26 @@ struct EngineRig {
 
     // Quiet parameters: no motion, no turbulence, no variation.
     void make_still();
+    // Changes parameters, then refreshes the set.
+    void configure(const std::function<void(BubbleParameters &)> &change) {
+        change(engine->parameters);
+        refresh();
+    }
     // Converts the parameters into the set, as the frame cycle does.
     void refresh() { engine->part_info_from_spark(set()); }
     tagPARTSET *set() { return engine->partSet; }
 
     // A live particle at (x, y) with the given sprite index, white, fully dense.
     tagPART *add_particle(float x, float y, int32_t size, int32_t life = 100);
+    // Draws the live particles in as many bands as DLnumProc says.
+    void render();
     // One step with a single emitter point.
     int32_t step(int32_t frame = 0, float emit_x = 10, float emit_y = 10);
     // The output's pixels as bytes, for exact comparisons.
     std::vector<uint8_t> output_bytes() const;
-    void fill_matte(ImageQv &matte, uint16_t value);
+    // Pixels of the output that are no longer transparent black.
+    int32_t drawn_pixels() const;
 
     std::unique_ptr<Bubbles> engine;
     std::unique_ptr<ImageQv> output, birth, burst, reflection;
 };
-
-// Pixels of an image that differ from a plain fill.
-int32_t count_changed_pixels(const ImageQv &image, uint16_t red, uint16_t green, uint16_t blue,
-                             uint16_t alpha);

@@ -1,18 +1,11 @@
 // A bubble engine with its images, ready for one simulation step in a test.
-#include <cstring>
-
 #include "engine_rig.h"
 
-EngineRig::EngineRig(int32_t width, int32_t height)
-    : engine(std::make_unique<Bubbles>()),
-      output(std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr)),
-      birth(std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr)),
-      burst(std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr)),
-      reflection(std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr)) {
-    output->Fill(0, 0, 0, 0);
-    birth->Fill(0, 0, 0, 0);
-    burst->Fill(0, 0, 0, 0);
-    reflection->Fill(0, 0, 0, 0);
+EngineRig::EngineRig(int32_t width, int32_t height) : engine(std::make_unique<Bubbles>()) {
+    for (std::unique_ptr<ImageQv> *image : {&output, &birth, &burst, &reflection}) {
+        *image = std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr);
+        (*image)->Fill(0, 0, 0, 0);
+    }
     engine->width = width;
     engine->height = height;
     engine->output_image = output.get();
@@ -24,15 +17,16 @@ EngineRig::EngineRig(int32_t width, int32_t height)
 }
 
 void EngineRig::make_still() {
-    BubbleParameters &p = engine->parameters;
-    p.position_var = 0;
-    p.initial_velocity = 0;
-    p.velocity_var = 0;
-    p.size_var = 0;
-    p.friction_on = false;
-    p.turbulence_on = false;
-    p.gravity_on = false;
-    refresh();
+    configure([](BubbleParameters &p) {
+        p.position_var = p.initial_velocity = p.velocity_var = p.size_var = 0;
+        p.friction_on = p.turbulence_on = p.gravity_on = false;
+    });
+}
+
+void EngineRig::render() {
+    engine->part_render_begin(set());
+    engine->part_render_bands();
+    engine->part_render_end();
 }
 
 tagPART *EngineRig::add_particle(float x, float y, int32_t size, int32_t life) {
@@ -58,15 +52,12 @@ std::vector<uint8_t> EngineRig::output_bytes() const {
     return std::vector<uint8_t>(first, first + size_t(output->width) * output->height * sizeof(PixelQv));
 }
 
-void EngineRig::fill_matte(ImageQv &matte, uint16_t value) { matte.Fill(value, value, value, value); }
-
-int32_t count_changed_pixels(const ImageQv &image, uint16_t red, uint16_t green, uint16_t blue,
-                             uint16_t alpha) {
-    int32_t changed = 0;
-    for (int32_t y = 0; y < image.height; ++y)
-        for (int32_t x = 0; x < image.width; ++x) {
-            const PixelQv &p = image.rows[y][x];
-            if (p.red != red || p.green != green || p.blue != blue || p.alpha != alpha) ++changed;
+int32_t EngineRig::drawn_pixels() const {
+    int32_t drawn = 0;
+    for (int32_t y = 0; y < output->height; ++y)
+        for (int32_t x = 0; x < output->width; ++x) {
+            const PixelQv &p = output->rows[y][x];
+            drawn += p.red || p.green || p.blue || p.alpha;
         }
-    return changed;
+    return drawn;
 }

@@ -82,14 +82,6 @@ TEST_F(EffectOverlay, DraggingAnEmitterEndWritesItsPositionAndMovesTheLine) {
     EXPECT_TRUE(has_segment(viewer().draw(), 60, 20, 160, 50)) << "the emitter line follows its end";
 }
 
-TEST_F(EffectOverlay, DraggingTheEmitterLineByItsMiddleMovesBothEnds) {
-    drag(100, 50, 100, 70);
-    expect_percent("Left X", 20.0);
-    expect_percent("Left Y", 70.0);
-    expect_percent("Right X", 80.0);
-    expect_percent("Right Y", 70.0);
-}
-
 TEST_F(EffectOverlay, OnlyXOfThePenIsScaledByTheViewerRatio) {
     viewer().set_ratio(2.0f);
     drag(20.5f, 50, 30, 40);  // x 20.5 reaches the left end at 41
@@ -97,13 +89,14 @@ TEST_F(EffectOverlay, OnlyXOfThePenIsScaledByTheViewerRatio) {
     expect_percent("Left Y", 40.0);
 }
 
-TEST_F(EffectOverlay, ReleaseReRendersOnlyWithAutoPreviewAfterCatchingAWidget) {
+TEST_F(EffectOverlay, LineDraggedByItsMiddleMovesBothEndsAndReRendersOnlyWithAutoPreview) {
     EXPECT_FALSE(drag(10, 90, 20, 80).back().frame) << "nothing caught";
     host().set_control("Auto Preview", 0);
     std::vector<PenOutcome> stroke = drag(100, 50, 100, 60);
     EXPECT_FALSE(stroke.back().frame);
     EXPECT_EQ(stroke.back().redraws, 1);
-    expect_percent("Left Y", 60.0);
+    for (auto [name, percent] : {std::pair{"Left X", 20.0}, {"Left Y", 60.0}, {"Right X", 80.0}, {"Right Y", 60.0}})
+        expect_percent(name, percent);
 }
 
 TEST_F(EffectOverlay, DraggingAConeEdgeSetsTheSpreadFromTheLightAxis) {
@@ -136,43 +129,29 @@ TEST_F(EffectOverlay, LightWidgetsHideAndIgnoreThePenWithoutLightIntensity) {
     EXPECT_TRUE(has_segment(drawn, 40, 50, 160, 50)) << "the emitter stays";
 }
 
-TEST_F(EffectOverlay, ClearOverlayDrawsNothingAndIgnoresThePen) {
-    host().set_control("Clear Overlay", 1);
-    EXPECT_TRUE(viewer().draw().empty());
-    for (const PenOutcome &outcome : viewer().stroke({41, 51}, {60, 20})) EXPECT_TRUE(outcome.ignored());
-    expect_percent("Left X", 20.0);
-}
-
 TEST_F(EffectOverlay, BandAroundTheEmitterIsPositionVarWideScaledByPixelAspect) {
     host().settings().pixel_aspect = 2.0f;
     host().set_control("Position Var", 10);  // 20 pixels of a 200-pixel frame
-    std::vector<GlPrimitive> drawn = viewer().draw();
     // Dashed edges 20 x 2 above and below the emitter, and dotted half circles beyond its ends.
-    int above = 0, below = 0, left_arc = 0, right_arc = 0;
-    for (const GlPrimitive &p : drawn)
+    int above = 0, below = 0, left_arc = 0, right_arc = 0, inner_arc = 0;
+    auto on_end = [](const sparkhost::GlVertex &q, float cx) {
+        return near(std::hypot((q.x - cx) / 20, (q.y - 50) / 40), 1.0f);
+    };
+    for (const GlPrimitive &p : viewer().draw())
         for (size_t i = 0; p.mode == GL_LINES && i + 1 < p.vertices.size(); i += 2) {
             const auto &u = p.vertices[i], &v = p.vertices[i + 1];
             above += near(u.y, 90) && near(v.y, 90);
             below += near(u.y, 10) && near(v.y, 10);
-            auto on_end = [&](float cx) {
-                auto on = [&](const sparkhost::GlVertex &q) {
-                    return near(std::hypot((q.x - cx) / 20, (q.y - 50) / 40), 1.0f);
-                };
-                return on(u) && on(v);
-            };
-            if (on_end(40)) {
-                ++left_arc;
-                EXPECT_LE(std::max(u.x, v.x), 40.001f);
-            }
-            if (on_end(160)) {
-                ++right_arc;
-                EXPECT_GE(std::min(u.x, v.x), 159.999f);
-            }
+            const bool left = on_end(u, 40) && on_end(v, 40), right = on_end(u, 160) && on_end(v, 160);
+            left_arc += left && std::max(u.x, v.x) <= 40.001f;
+            right_arc += right && std::min(u.x, v.x) >= 159.999f;
+            inner_arc += (left && std::max(u.x, v.x) > 40.001f) || (right && std::min(u.x, v.x) < 159.999f);
         }
     EXPECT_GT(above, 3);
     EXPECT_GT(below, 3);
     EXPECT_GT(left_arc, 2);
     EXPECT_GT(right_arc, 2);
+    EXPECT_EQ(inner_arc, 0) << "half circles only, on the far side of each end";
 }
 
 TEST_F(EffectOverlay, ZoomAndOffsetsPlaceTheDrawing) {

@@ -1,6 +1,5 @@
 // Every demo preset rendered through the real plug-in in our host: no
-// error, bubbles near the emitter from the first frames, and the scene left
-// alone far from it.
+// error, and bubbles near the emitter from the first frames.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -34,38 +33,21 @@ class PresetRender : public ::testing::TestWithParam<int> {};
 
 }  // namespace
 
-TEST_P(PresetRender, DrawsBubblesNearTheEmitterAndLeavesTheFarSceneAlone) {
+TEST_P(PresetRender, RendersWithoutErrorAndDrawsBubblesNearTheEmitter) {
     const DemoPreset &preset = demo_preset_for_list_value(GetParam());
     constexpr int W = 192, H = 128;
     PresetHost rig(W, H);
     rig.choose(preset.name);
     // Frame rows count from the bottom, as the effect's image rows do.
     const Point a{W * *preset.left_x, H * *preset.left_y}, b{W * *preset.right_x, H * *preset.right_y};
-
-    // The corner farthest from the emitter, where no newborn bubble reaches in one frame.
-    Point far{0, 0};
-    double farthest = -1;
-    for (Point corner : {Point{0, 0}, Point{W - 16.0, 0}, Point{0, H - 16.0}, Point{W - 16.0, H - 16.0}}) {
-        const double d = distance_to_segment({corner.x + 8, corner.y + 8}, a, b);
-        if (d > farthest) {
-            farthest = d;
-            far = corner;
-        }
-    }
-
     int near_changes = 0;
     for (int number = 1; number <= 4; ++number) {
         const sparkhost::Frame frame = rig.render(number);
         ASSERT_EQ(frame.width(), W);
         for (int y = 0; y < H; ++y)
             for (int x = 0; x < W; ++x)
-                if (differs_from_scene(frame, x, y) && distance_to_segment({x + 0.5, y + 0.5}, a, b) <= 0.3 * W)
-                    ++near_changes;
-        if (number > 1) continue;
-        int far_changes = 0;
-        for (int y = int(far.y); y < int(far.y) + 16; ++y)
-            for (int x = int(far.x); x < int(far.x) + 16; ++x) far_changes += differs_from_scene(frame, x, y);
-        EXPECT_EQ(far_changes, 0) << "corner at " << far.x << ", " << far.y;
+                near_changes +=
+                    differs_from_scene(frame, x, y) && distance_to_segment({x + 0.5, y + 0.5}, a, b) <= 0.3 * W;
     }
     EXPECT_GT(near_changes, 0);
     EXPECT_EQ(rig.first_error(), "");

@@ -2,8 +2,10 @@
 // the reports made inside the render region.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "bubbles/bubbles.h"
 
@@ -74,7 +76,7 @@ TEST(RandomDraws, GuardedDrawsReportInsideTheRenderRegionAndStillDraw) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(RandomDraws, CircleOfRadiusZeroCostsTwoDrawsAndKeepsTheCentre) {
+TEST(RandomDraws, CircleScattersInsideTheAspectCorrectedDiscAndRadiusZeroCostsTwoDraws) {
     auto engine = std::make_unique<Bubbles>();
     int32_t counter = 0;
     float x = 12.5f, y = -3.0f;
@@ -82,15 +84,11 @@ TEST(RandomDraws, CircleOfRadiusZeroCostsTwoDrawsAndKeepsTheCentre) {
     EXPECT_EQ(counter, 2);
     EXPECT_EQ(x, 12.5f);
     EXPECT_EQ(y, -3.0f);
-}
 
-TEST(RandomDraws, CircleScattersInsideTheAspectCorrectedDisc) {
-    auto engine = std::make_unique<Bubbles>();
     engine->pixel_aspect = 2.0f;
-    int32_t counter = 0;
     bool moved_in_x = false;
     for (int i = 0; i < 500; ++i) {
-        float x = 0.0f, y = 0.0f;
+        x = y = 0.0f;
         engine->part_var_circle(x, y, 8.0f, counter);
         EXPECT_LE(4.0f * x * x + y * y, 64.0f);
         moved_in_x |= std::abs(x) > 2.0f;
@@ -101,25 +99,20 @@ TEST(RandomDraws, CircleScattersInsideTheAspectCorrectedDisc) {
 
 TEST(RandomDraws, VectorVariationScalesMagnitudeAndTurnsDirection) {
     auto engine = std::make_unique<Bubbles>();
-    for (float &v : engine->randomTable) v = 0.5f;  // rand11 = 0, rand01 = 0.5
     int32_t counter = 0;
-    float vx = 3.0f, vy = 4.0f;
-    engine->part_var_vec(vx, vy, 1.0f, 1.0f, 1.0f, counter);
-    EXPECT_NEAR(vx, 4.5f, 1e-5);
-    EXPECT_NEAR(vy, 6.0f, 1e-5);
+    auto varied = [&](float table_value, float vx, float vy, float magnitude_var) {
+        for (float &v : engine->randomTable) v = table_value;
+        engine->part_var_vec(vx, vy, magnitude_var, 1.0f, 1.0f, counter);
+        return std::make_pair(vx, vy);
+    };
+    // 0.5 draws rand11 = 0 and rand01 = 0.5; 0.75 draws rand11 = 0.5, a quarter turn.
+    const auto scaled = varied(0.5f, 3.0f, 4.0f, 1.0f);
+    EXPECT_NEAR(scaled.first, 4.5f, 1e-5);
+    EXPECT_NEAR(scaled.second, 6.0f, 1e-5);
     EXPECT_EQ(counter, 2);
-
-    for (float &v : engine->randomTable) v = 0.75f;  // rand11 = 0.5: a quarter turn with angle var 1
-    vx = 2.0f;
-    vy = 0.0f;
-    engine->part_var_vec(vx, vy, 0.0f, 1.0f, 1.0f, counter);
-    EXPECT_NEAR(vx, 0.0f, 1e-5);
-    EXPECT_NEAR(vy, 2.0f, 1e-5);
-
+    const auto turned = varied(0.75f, 2.0f, 0.0f, 0.0f);
+    EXPECT_NEAR(turned.first, 0.0f, 1e-5);
+    EXPECT_NEAR(turned.second, 2.0f, 1e-5);
     // A vector too short to have a direction keeps angle 0.
-    vx = 0.0f;
-    vy = 0.0f;
-    engine->part_var_vec(vx, vy, 1.0f, 0.0f, 1.0f, counter);
-    EXPECT_EQ(vx, 0.0f);
-    EXPECT_EQ(vy, 0.0f);
+    EXPECT_EQ(varied(0.75f, 0.0f, 0.0f, 1.0f), std::make_pair(0.0f, 0.0f));
 }
