@@ -11,7 +11,7 @@
 #include <cstring>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
+#include <tuple>
 
 #include "fake_plugin_fixture.h"
 
@@ -33,19 +33,8 @@ protected:
     }
 
     void write(const std::string &text) { std::ofstream(path_) << text; }
-    std::string read() {
-        std::ifstream in(path_);
-        std::stringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
     std::string load_error() {
-        try {
-            sparkhost::load_setup(path_);
-        } catch (const sparkhost::SetupError &error) {
-            return error.what();
-        }
-        return "(no error)";
+        return error_of([&] { sparkhost::load_setup(path_); });
     }
     SparkInfoStruct info_with_path(const std::string &path) {
         SparkInfoStruct info{};
@@ -59,33 +48,24 @@ protected:
 }  // namespace
 
 TEST_F(SetupFileTest, RoundTripRestoresValuesTextAndCurves) {
-    table().at(16).set_value(0.05);
-    table().at(9).set_value(500);
-    table().at(15).set_value(1);
-    table().at(23).set_value(1);
-    table().at(80).set_value(0x00ABCDEF);
+    // number, value saved, value set before loading
+    const std::tuple<int, double, double> values[] = {
+        {16, 0.05, 1}, {9, 500, 1}, {15, 1, 0}, {23, 1, 3}, {80, 0x00ABCDEF, 0}};
+    for (auto [number, saved, other] : values) table().at(number).set_value(saved);
     table().at(0).set_text("Sea floor");
     sparkhost::set_curve_key(93, 0.0f, 0.1f);
     sparkhost::set_curve_key(93, 3.0f, 0.7f);
     sparkhost::set_curve_key(102, 12.5f, 250.0f);
-    std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
+    const std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
     sparkhost::save_setup(path_);
 
-    table().at(16).set_value(1);
-    table().at(9).set_value(1);
-    table().at(15).set_value(0);
-    table().at(23).set_value(3);
-    table().at(80).set_value(0);
+    for (auto [number, saved, other] : values) table().at(number).set_value(other);
     table().at(0).set_text("");
     sparkhost::clear_curves();
     sparkhost::set_curve_key(16, 0.0f, 5.0f);  // not in the file: the load drops it
 
     sparkhost::load_setup(path_);
-    EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 0.05f);
-    EXPECT_EQ(exported<SparkIntStruct>("SparkInt9").Value, 500);
-    EXPECT_EQ(exported<SparkBooleanStruct>("SparkBoolean15").Value, 1);
-    EXPECT_EQ(exported<SparkPupStruct>("SparkPup23").Value, 1);
-    EXPECT_EQ(exported<SparkColorStruct>("SparkColor80").Value, 0x00ABCDEFu);
+    for (auto [number, saved, other] : values) EXPECT_EQ(table().at(number).value(), double(float(saved))) << number;
     EXPECT_STREQ(exported<SparkStringStruct>("SparkString0").Value, "Sea floor");
     EXPECT_EQ(sparkhost::all_curves(), curves);
 }
@@ -93,7 +73,8 @@ TEST_F(SetupFileTest, RoundTripRestoresValuesTextAndCurves) {
 TEST_F(SetupFileTest, FileNamesEachControlByNumberAndTitle) {
     sparkhost::set_curve_key(93, 2.0f, 0.1f);
     sparkhost::save_setup(path_);
-    nlohmann::json document = nlohmann::json::parse(read());
+    std::ifstream in(path_);
+    const nlohmann::json document = nlohmann::json::parse(in);
     EXPECT_EQ(document["format"], sparkhost::kSetupFormat);
     EXPECT_EQ(document["version"], sparkhost::kSetupVersion);
     std::map<int, nlohmann::json> entries;
@@ -178,13 +159,20 @@ TEST_F(SetupFileTest, BooleansAcceptZeroAndOneAndControlsNotListedKeepTheirState
     EXPECT_EQ(exported<SparkIntStruct>("SparkInt9").Value, 77);
 }
 
-TEST_F(SetupFileTest, HostFunctionsUseThePathInTheInfoRecord) {
-    SparkInfoStruct info = info_with_path(path_);
+TEST_F(SetupFileTest, HostFunctionsUseTheInfoRecordsPathAndReportFailures) {
+    // No path, or a file not written yet: nothing happens and nothing is reported.
+    SparkInfoStruct empty = info_with_path(""), info = info_with_path(path_);
+    sparkSaveSetup(&empty);
+    sparkLoadSetup(&empty);
+    sparkLoadSetup(&info);
+    EXPECT_EQ(sparkhost::last_setup_error(), "");
+    EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 20.0f);
+
     table().at(102).set_value(123);
     sparkSaveSetup(&info);
-    EXPECT_EQ(sparkhost::last_setup_error(), "");
     table().at(102).set_value(1);
     sparkLoadSetup(&info);
+    EXPECT_EQ(sparkhost::last_setup_error(), "");
     EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat102").Value, 123.0f);
 
     // A bad file is reported and leaves the controls as they were.
@@ -193,17 +181,6 @@ TEST_F(SetupFileTest, HostFunctionsUseThePathInTheInfoRecord) {
     sparkLoadSetup(&info);
     EXPECT_THAT(sparkhost::last_setup_error(), HasSubstr("not valid JSON"));
     EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat102").Value, 1.0f);
-}
-
-TEST_F(SetupFileTest, HostFunctionsDoNothingWithoutAFileToRead) {
-    SparkInfoStruct empty = info_with_path("");
-    sparkSaveSetup(&empty);
-    sparkLoadSetup(&empty);
-    // First use: the named file does not exist yet.
-    SparkInfoStruct first = info_with_path(path_);
-    sparkLoadSetup(&first);
-    EXPECT_EQ(sparkhost::last_setup_error(), "");
-    EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 20.0f);
 
     SparkInfoStruct unwritable = info_with_path("/nonexistent-directory/setup.json");
     sparkSaveSetup(&unwritable);
