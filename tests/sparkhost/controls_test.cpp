@@ -80,20 +80,13 @@ TEST_F(ControlDiscoveryTest, NamesAndTitlesDropFormatsAndBlanksAndFallBackToKind
 using ControlValueTest = FakePluginTest;
 
 TEST_F(ControlValueTest, ValuesReadAndWriteAsDoublesByKind) {
-    table().at(16).set_value(35.5);
-    EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 35.5f);
     table().at(9).set_value(999);
     EXPECT_EQ(exported<SparkIntStruct>("SparkInt9").Value, 999);
     table().at(15).set_value(1);
     EXPECT_EQ(exported<SparkBooleanStruct>("SparkBoolean15").Value, 1);
-    table().at(23).set_value(2);
-    EXPECT_EQ(exported<SparkPupStruct>("SparkPup23").Value, 2);
-    table().at(80).set_value(4294967295.0);
+    table().at(80).set_value(4294967295.0);  // the whole colour word survives the double
     EXPECT_EQ(exported<SparkColorStruct>("SparkColor80").Value, 0xFFFFFFFFu);
-
-    EXPECT_EQ(table().at(16).value(), 35.5);
     EXPECT_EQ(table().at(34).value(), 1.0);
-    EXPECT_EQ(table().at(71).value(), 4294967295.0);
     EXPECT_FALSE(table().at(6).range());
     EXPECT_EQ(table().at(23).range()->max, 3.0);
 }

@@ -1,5 +1,5 @@
-// The host driving the real plug-in: loading, the records and buffers it
-// hands over, the host functions a plug-in calls, and a refused frame.
+// The host driving the real plug-in: loading, the buffers it hands over,
+// and the errors for bad plug-ins, inputs and refused buffers.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -62,20 +62,6 @@ TEST(HostLoading, MissingOrBrokenPluginOrBadProcessorCountIsAnError) {
     }
 }
 
-TEST(HostRecords, InfoRecordCountsFramesFromZeroAndGivesDepthInBitsPerPixel) {
-    Settings settings = quiet_settings(Depth::Bits12);
-    settings.processors = 3;
-    settings.total_frames = 100;
-    Host host(settings);
-    SparkInfoStruct info = host.info_record(5);
-    EXPECT_EQ(info.FrameNo, 4u);
-    EXPECT_EQ(info.TotalFrames, 100u);
-    EXPECT_EQ(info.FrameDepth, 48);
-    EXPECT_EQ(info.NumProcessors, 3);
-    host.settings().format.depth = Depth::Bits8;
-    EXPECT_EQ(host.info_record(1).FrameDepth, 24);
-}
-
 TEST(HostBuffers, ServesInputsByBufferIdAndRefusesOthers) {
     Settings settings = quiet_settings(Depth::Bits12);
     Host host(settings);
@@ -125,40 +111,4 @@ TEST(HostBuffers, RefusedOutputBufferFailsTheFrameNamingIt) {
     host.initialise();
     EXPECT_FALSE(host.process(1));
     EXPECT_NE(host.last_failure().find("frame 1"), std::string::npos) << host.last_failure();
-}
-
-TEST(HostMessages, MessagesErrorsAndConfirmationsReachTheSinkInOrder) {
-    Settings settings = quiet_settings();
-    std::vector<std::string> seen;
-    settings.message_sink = [&](const Message &message) { seen.push_back(message.text); };
-    Host host(settings);
-    host.make_current();
-    sparkMessage("hello");
-    sparkError("broken");
-    sparkMessageConfirm("Sure?");
-    EXPECT_EQ(seen, (std::vector<std::string>{"hello", "broken", "Sure?"}));
-    ASSERT_EQ(host.messages().size(), 3u);
-    EXPECT_EQ(host.messages()[1].kind, Message::Kind::Error);
-}
-
-namespace {
-std::string browsed_path;
-void remember_path(char *path) { browsed_path = path; }
-}  // namespace
-
-TEST(HostFiles, WorkingDirIsTheSetOneAndTheBrowserWithoutAnAnswerCancels) {
-    Settings settings = quiet_settings();
-    settings.working_dir = "/data/shots";
-    Host host(settings);
-    host.make_current();
-    char directory[SPARK_SETUP_PATH_MAX];
-    sparkWorkingDir(directory);
-    EXPECT_STREQ(directory, "/data/shots");
-
-    browsed_path = "untouched";
-    sparkFileBrowserDisplay(directory, "txt", remember_path);
-    EXPECT_EQ(browsed_path, "untouched");
-    ASSERT_EQ(host.events().browses.size(), 1u);
-    EXPECT_EQ(host.events().browses[0].directory, "/data/shots");
-    EXPECT_EQ(host.events().browses[0].extension, "txt");
 }

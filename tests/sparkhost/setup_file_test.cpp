@@ -11,6 +11,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <tuple>
+#include <utility>
 
 #include "fake_plugin_fixture.h"
 
@@ -85,59 +86,43 @@ TEST_F(SetupFileTest, FileNamesEachControlByNumberAndTitle) {
     EXPECT_FALSE(entries[6].contains("value"));
 }
 
-struct BadSetup {
-    std::string what;
-    std::string text;
-    std::string message;
-};
+// Every bad file but the first five starts by setting a valid Density and a curve on 93.
+#define SETUP_HEAD R"({"format": "sparkhost-setup", "version": 1, "controls": [)" \
+                   R"({"number": 16, "value": 33}, {"number": 93, "curve": [[0, 1]]}, )"
 
-void PrintTo(const BadSetup &setup, std::ostream *out) { *out << setup.what; }
-
-class RefusedSetupTest : public SetupFileTest, public ::testing::WithParamInterface<BadSetup> {};
-
-TEST_P(RefusedSetupTest, RefusedFileNamesTheProblemAndChangesNothing) {
+TEST_F(SetupFileTest, RefusedFileNamesTheProblemAndChangesNothing) {
+    const std::pair<std::string, const char *> cases[] = {
+        {SETUP_HEAD R"({"number": 9,)", "not valid JSON"},
+        {"[1, 2]", "JSON object"},
+        {R"({"format": "other", "version": 1, "controls": []})", "not a setup file"},
+        {R"({"format": "sparkhost-setup", "version": 2, "controls": []})", "version 2 is not supported"},
+        {R"({"format": "sparkhost-setup", "version": 1, "controls": 3})", R"("controls" must be a list)"},
+        {SETUP_HEAD R"({"number": 47, "value": 1}]})", "control 47 is not a control"},
+        {SETUP_HEAD R"({"number": 300, "value": 1}]})", "control 300"},
+        {SETUP_HEAD R"({"number": 102, "value": "fifty"}]})", "must be a number"},
+        {SETUP_HEAD R"({"number": 102, "value": 900}]})", "0 to 500"},
+        {SETUP_HEAD R"({"number": 23, "value": 7}]})", "Growth Mode"},
+        {SETUP_HEAD R"({"number": 9, "kind": "Float", "value": 3}]})", "kind Int"},
+        {SETUP_HEAD R"({"number": 9, "title": "Seed", "value": 3}]})", R"(titled "PreRoll")"},
+        {SETUP_HEAD R"({"number": 16, "value": 3}]})", "listed twice"},
+        {SETUP_HEAD R"({"number": 6, "value": 1}]})", R"(takes no "value")"},
+        {SETUP_HEAD R"({"number": 0, "text": ")" + std::string(250, 'x') + R"("}]})", "too long"},
+        {SETUP_HEAD R"({"number": 102, "curve": [[1, 2, 3]]}]})", "[frame, value]"},
+        {SETUP_HEAD R"({"number": 102, "curve": [[1, 2], [1, 3]]}]})", "two keys at frame 1"},
+        {SETUP_HEAD R"({"number": 102, "valeu": 3}]})", R"(unknown entry "valeu")"},
+    };
     sparkhost::set_curve_key(102, 0.0f, 60.0f);
-    std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
-    write(GetParam().text);
-    std::string error = load_error();
-    EXPECT_THAT(error, HasSubstr(GetParam().message));
-    EXPECT_THAT(error, HasSubstr(path_));
-    // Every bad file first sets a valid Density and a curve on 93.
-    EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 20.0f);
-    EXPECT_EQ(sparkhost::all_curves(), curves);
+    const std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
+    for (const auto &[text, message] : cases) {
+        SCOPED_TRACE(message);
+        write(text);
+        const std::string error = load_error();
+        EXPECT_THAT(error, HasSubstr(message));
+        EXPECT_THAT(error, HasSubstr(path_));
+        EXPECT_EQ(exported<SparkFloatStruct>("SparkFloat16").Value, 20.0f);
+        EXPECT_EQ(sparkhost::all_curves(), curves);
+    }
 }
-
-#define SETUP_HEAD "{\"format\": \"sparkhost-setup\", \"version\": 1, \"controls\": [" \
-                   "{\"number\": 16, \"value\": 33}, {\"number\": 93, \"curve\": [[0, 1]]}, "
-
-INSTANTIATE_TEST_SUITE_P(
-    SetupFile, RefusedSetupTest,
-    ::testing::Values(
-        BadSetup{"BrokenJson", SETUP_HEAD "{\"number\": 9,", "not valid JSON"},
-        BadSetup{"NotAnObject", "[1, 2]", "JSON object"},
-        BadSetup{"WrongFormat", "{\"format\": \"other\", \"version\": 1, \"controls\": []}", "not a setup file"},
-        BadSetup{"LaterVersion", "{\"format\": \"sparkhost-setup\", \"version\": 2, \"controls\": []}",
-                 "version 2 is not supported"},
-        BadSetup{"ControlsNotAList", "{\"format\": \"sparkhost-setup\", \"version\": 1, \"controls\": 3}",
-                 "\"controls\" must be a list"},
-        BadSetup{"UnknownControl", SETUP_HEAD "{\"number\": 47, \"value\": 1}]}", "control 47 is not a control"},
-        BadSetup{"NumberBeyondTable", SETUP_HEAD "{\"number\": 300, \"value\": 1}]}", "control 300"},
-        BadSetup{"ValueAsText", SETUP_HEAD "{\"number\": 102, \"value\": \"fifty\"}]}", "must be a number"},
-        BadSetup{"ValueOutOfRange", SETUP_HEAD "{\"number\": 102, \"value\": 900}]}", "0 to 500"},
-        BadSetup{"ListEntryMissing", SETUP_HEAD "{\"number\": 23, \"value\": 7}]}", "Growth Mode"},
-        BadSetup{"KindMismatch", SETUP_HEAD "{\"number\": 9, \"kind\": \"Float\", \"value\": 3}]}", "kind Int"},
-        BadSetup{"TitleMismatch", SETUP_HEAD "{\"number\": 9, \"title\": \"Seed\", \"value\": 3}]}",
-                 "titled \"PreRoll\""},
-        BadSetup{"ListedTwice", SETUP_HEAD "{\"number\": 16, \"value\": 3}]}", "listed twice"},
-        BadSetup{"ValueOnButton", SETUP_HEAD "{\"number\": 6, \"value\": 1}]}", "takes no \"value\""},
-        BadSetup{"TextTooLong",
-                 SETUP_HEAD "{\"number\": 0, \"text\": \"" + std::string(250, 'x') + "\"}]}",
-                 "too long"},
-        BadSetup{"CurveKeyNotAPair", SETUP_HEAD "{\"number\": 102, \"curve\": [[1, 2, 3]]}]}", "[frame, value]"},
-        BadSetup{"CurveKeysOnOneFrame", SETUP_HEAD "{\"number\": 102, \"curve\": [[1, 2], [1, 3]]}]}",
-                 "two keys at frame 1"},
-        BadSetup{"MisspeltEntry", SETUP_HEAD "{\"number\": 102, \"valeu\": 3}]}", "unknown entry \"valeu\""}),
-    [](const ::testing::TestParamInfo<BadSetup> &info) { return info.param.what; });
 
 TEST_F(SetupFileTest, MissingFileOrMissingControlsAreErrors) {
     EXPECT_THAT(load_error(), HasSubstr("cannot open"));
