@@ -9,20 +9,10 @@
 
 using namespace sparkhost;
 
-namespace {
-
-Settings small_frame(Depth depth = Depth::Bits8) {
-    Settings settings;
-    settings.format = {96, 64, depth};
-    settings.processors = 2;
-    settings.message_sink = [](const Message &) {};
-    return settings;
-}
-
-}  // namespace
-
 TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugInAndInactiveStopsThePen) {
-    Host host(small_frame());
+    Settings settings;
+    settings.message_sink = [](const Message &) {};
+    Host host(settings);
     Viewer viewer(host);
     EXPECT_THROW(viewer.set_zoom(0.0f), Error);
     EXPECT_THROW(viewer.set_zoom(-1.0f), Error);
