@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
 
 #include "sparkhost/default_clips.h"
 #include "sparkhost/host.h"
@@ -46,45 +45,18 @@ TEST(DefaultClips, PicturesAreTheSameBytesEveryRun) {
     }
 }
 
-TEST(DefaultClips, SceneIsColourfulTexturedAndMovesFromFrameToFrame) {
-    Frame first = default_frame(kScene, 1, small8), second = default_frame(kScene, 2, small8);
-    EXPECT_TRUE(first != second);
-    EXPECT_TRUE(first == default_frame(kScene, 1, small8));
-    int distinct_rows = 0;
-    for (int y = 1; y < small8.height; ++y)
-        distinct_rows += first.value(10, y, 0) != first.value(10, y - 1, 0);
-    EXPECT_GT(distinct_rows, small8.height / 2);
-    EXPECT_NE(first.value(40, 30, 0), first.value(40, 30, 2));  // not grey
-}
-
-TEST(DefaultClips, BirthMatteIsWhiteAcrossTheBottomTenthOnly) {
-    Frame matte = default_frame(kBirth, 1, small8);  // 60 rows: rows 0..5 white
+TEST(DefaultClips, BirthMatteIsTheBottomTenthAndBurstASoftDiscInTheUpperMiddle) {
+    Frame birth = default_frame(kBirth, 1, small8);  // 60 rows: rows 0..5 white
     for (int x : {0, 47, 95}) {
-        EXPECT_TRUE(white(matte, x, 0));
-        EXPECT_TRUE(white(matte, x, 5));
-        EXPECT_EQ(matte.value(x, 6, 0), 0);
-        EXPECT_EQ(matte.value(x, 59, 1), 0);
+        EXPECT_TRUE(white(birth, x, 0) && white(birth, x, 5)) << x;
+        EXPECT_EQ(birth.value(x, 6, 0) + birth.value(x, 59, 1), 0) << x;
     }
-}
-
-TEST(DefaultClips, BurstMatteIsASoftDiscInTheUpperMiddle) {
-    Frame matte = default_frame(kBurst, 1, small8);
-    EXPECT_TRUE(white(matte, 48, 40));   // centre: half way across, two thirds up
-    EXPECT_EQ(matte.value(48, 10, 0), 0);  // below it
-    EXPECT_EQ(matte.value(0, 59, 0), 0);
+    Frame burst = default_frame(kBurst, 1, small8);
+    EXPECT_TRUE(white(burst, 48, 40));  // centre: half way across, two thirds up
+    EXPECT_EQ(burst.value(48, 10, 0) + burst.value(0, 59, 0), 0);
     int soft = 0;
-    for (int x = 48; x < 96; ++x) soft += matte.value(x, 40, 0) > 0 && !white(matte, x, 40);
+    for (int x = 48; x < 96; ++x) soft += burst.value(x, 40, 0) > 0 && !white(burst, x, 40);
     EXPECT_GE(soft, 2);
-}
-
-TEST(DefaultClips, ReflectionIsColourful) {
-    Frame picture = default_frame(kReflection, 1, small8);
-    int coloured = 0;
-    for (int x = 0; x < small8.width; x += 8) {
-        int r = picture.value(x, 20, 0), g = picture.value(x, 20, 1), b = picture.value(x, 20, 2);
-        coloured += std::max({r, g, b}) - std::min({r, g, b}) > 40;
-    }
-    EXPECT_GE(coloured, 8);
 }
 
 TEST(DefaultClips, HostUsesThemForInputsNotGiven) {
@@ -92,6 +64,5 @@ TEST(DefaultClips, HostUsesThemForInputsNotGiven) {
     settings.format = small8;
     Host host(settings);
     EXPECT_TRUE(host.input(kBirth).frame(3, small8) == default_frame(kBirth, 3, small8));
-    EXPECT_TRUE(host.input(kScene).frame(3, small8) == default_frame(kScene, 3, small8));
     EXPECT_EQ(host.input(kBurst).describe(), "built-in burst");
 }

@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <exception>
+#include <functional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,6 +17,16 @@
 #include "sparkhost/curves.h"
 #include "sparkhost/fake_plugin/fake_plugin.h"
 #include "sparkhost/ui_record.h"
+
+// The message of the error the action throws, or "(no error)".
+inline std::string error_of(const std::function<void()> &action) {
+    try {
+        action();
+    } catch (const std::exception &error) {
+        return error.what();
+    }
+    return "(no error)";
+}
 
 class FakePluginTest : public ::testing::Test {
 protected:

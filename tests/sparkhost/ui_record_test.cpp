@@ -20,33 +20,6 @@ TEST_F(UiRecordTest, LastTitleOfAPageOrClipWins) {
     EXPECT_EQ(record.clip_titles, (std::map<int, std::string>{{1, "BorG"}}));
 }
 
-TEST_F(UiRecordTest, ChannelEditorKeepsThePluginsFoldersAndControlsInOrder) {
-    auto channel_editor = reinterpret_cast<void (*)(void)>(dlsym(handle(), "SparkChannelEditor"));
-    ASSERT_NE(channel_editor, nullptr);
-    channel_editor();
-
-    std::vector<ChannelEditorFolder> folders = sparkhost::channel_editor_folders();
-    ASSERT_EQ(folders.size(), 2u);
-    EXPECT_EQ(folders[0].name, "Style");
-    EXPECT_EQ(folders[0].controls, (std::vector<int>{9, 16}));
-    EXPECT_EQ(folders[1].name, "Common");
-    EXPECT_EQ(folders[1].controls, (std::vector<int>{102, 93}));
-
-    sparkhost::UiRecord record = sparkhost::ui_record();
-    ASSERT_EQ(record.channel_editor.size(), 6u);
-    EXPECT_EQ(record.channel_editor[0].level, 1);
-    EXPECT_EQ(record.channel_editor[1].level, 2);
-    EXPECT_EQ(record.channel_editor[4].flags, 1);
-    EXPECT_EQ(record.channel_editor[5].flags, 0);
-    EXPECT_EQ(record.control_names.at(16), "Bubble Density");
-
-    // Asked again, the plug-in declares the tree again from the start.
-    sparkhost::clear_channel_editor();
-    channel_editor();
-    EXPECT_EQ(sparkhost::channel_editor_folders().size(), 2u);
-    EXPECT_EQ(sparkhost::ui_record().control_names.size(), 1u);
-}
-
 TEST_F(UiRecordTest, ControlsBeforeAnyFolderGoIntoAnUnnamedOne) {
     sparkCeAddControl(1, 1, 27);
     sparkCeAddFolder(1, "Light");

@@ -9,38 +9,10 @@
 
 using namespace sparkhost;
 
-namespace {
-
-Settings small_frame(Depth depth = Depth::Bits8) {
+TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugInAndInactiveStopsThePen) {
     Settings settings;
-    settings.format = {96, 64, depth};
-    settings.processors = 2;
     settings.message_sink = [](const Message &) {};
-    return settings;
-}
-
-GlPrimitive primitive(GLenum mode, GlColour colour, std::vector<GlVertex> vertices) {
-    GlPrimitive p;
-    p.mode = mode;
-    p.colour = colour;
-    p.vertices = std::move(vertices);
-    return p;
-}
-
-}  // namespace
-
-TEST(Viewer, InactiveViewerStateMakesThePenDoNothing) {
-    Host host(small_frame());
-    host.load(FIZZLE_PLUGIN_PATH);
-    host.initialise();
-    Viewer viewer(host);
-    viewer.set_active(false);
-    EXPECT_EQ(viewer.info_record().ViewerState, 0);
-    for (const PenOutcome &outcome : viewer.stroke({5, 5}, {30, 30})) EXPECT_TRUE(outcome.ignored());
-}
-
-TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugIn) {
-    Host host(small_frame());
+    Host host(settings);
     Viewer viewer(host);
     EXPECT_THROW(viewer.set_zoom(0.0f), Error);
     EXPECT_THROW(viewer.set_zoom(-1.0f), Error);
@@ -49,13 +21,17 @@ TEST(Viewer, RefusesBadZoomStrokesAndMissingPlugIn) {
     EXPECT_THROW(viewer.pen(1, 1, 0.5f), Error);
     EXPECT_THROW(viewer.stroke({0, 0}, {1, 1}, 0), Error);
     EXPECT_EQ(viewer.zoom(), 1.0f);
+
+    host.load(FIZZLE_PLUGIN_PATH);
+    host.initialise();
+    viewer.set_active(false);
+    EXPECT_EQ(viewer.info_record().ViewerState, 0);
+    for (const PenOutcome &outcome : viewer.stroke({5, 5}, {30, 30})) EXPECT_TRUE(outcome.ignored());
 }
 
 TEST(DrawOverFrame, PaintsOnlyWhatTheOverlayTouchesAtBothDepths) {
-    const std::vector<GlPrimitive> overlay = {
-        primitive(GL_LINES, {1.0f, 0.0f, 0.0f}, {{0.0f, 2.5f}, {10.0f, 2.5f}}),
-        primitive(GL_POINTS, {0.0f, 0.0f, 0.0f}, {{20.5f, 30.5f}}),
-    };
+    const std::vector<GlPrimitive> overlay = {{GL_LINES, {1.0f, 0.0f, 0.0f}, {{0.0f, 2.5f}, {10.0f, 2.5f}}},
+                                              {GL_POINTS, {0.0f, 0.0f, 0.0f}, {{20.5f, 30.5f}}}};
     for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
         SCOPED_TRACE(depth == Depth::Bits8 ? "8-bit" : "12-bit");
         Frame frame({40, 40, depth});

@@ -69,14 +69,4 @@ SPARK_EXPORT SparkBooleanStruct SparkBoolean93 = {0, "Light   ", quiet};
 SPARK_EXPORT SparkFloatStruct SparkFloat102 = {50.0f, 0.0f, 500.0f, 0.5f, 0, "Light Inten: %.2f", quiet};
 SPARK_EXPORT SparkFloatStruct SparkFloat109 = {0.0f, -1.0f, 1.0f, 0.05f, 0, "Light Z: %.3f", quiet};
 
-SPARK_EXPORT void SparkChannelEditor(void) {
-    sparkCeAddFolder(1, "Style");
-    sparkCeAddControl(2, 1, 9);
-    sparkCeAddControl(2, 1, 16);
-    sparkCeAddFolder(1, "Common");
-    sparkCeAddControl(2, 1, 102);
-    sparkCeAddControl(2, 0, 93);
-    sparkSetControlName(16, "Bubble Density");
-}
-
 }  // extern "C"
