@@ -1,6 +1,8 @@
 // Discovery and handling of a plug-in's exported control structures.
 #include "sparkhost/controls.h"
 
+#include "sparkhost/text_match.h"
+
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -17,19 +19,6 @@ namespace {
 constexpr ControlKind kAllKinds[] = {ControlKind::Float, ControlKind::Int,   ControlKind::Boolean,
                                      ControlKind::Push,  ControlKind::Pup,   ControlKind::Color,
                                      ControlKind::String};
-
-std::string trim(std::string_view text) {
-    size_t begin = 0, end = text.size();
-    while (begin < end && std::isspace(static_cast<unsigned char>(text[begin]))) ++begin;
-    while (end > begin && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
-    return std::string(text.substr(begin, end - begin));
-}
-
-std::string lower(std::string_view text) {
-    std::string out(text);
-    for (char &c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
 
 // The text of a title format before its first conversion, without the
 // separator that leads into the value: "Density: %.2f" gives "Density".
@@ -107,21 +96,6 @@ std::string format_number(double value, bool single = false) {
         if (single ? static_cast<float>(back) == static_cast<float>(value) : back == value) break;
     }
     return text;
-}
-
-size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
 }
 
 std::unique_ptr<ControlTable> &registry() {
@@ -403,23 +377,9 @@ Control &ControlTable::at(std::string_view name) {
 }
 
 std::string ControlTable::closest_name(std::string_view name) const {
-    std::string wanted = lower(trim(name));
-    if (wanted.empty()) return {};
-    const Control *best = nullptr;
-    size_t best_distance = 0;
-    for (const Control &control : controls_) {
-        size_t distance = edit_distance(wanted, lower(control.name()));
-        if (!best || distance < best_distance) {
-            best = &control;
-            best_distance = distance;
-        }
-    }
-    // A likely typo: a few letters wrong, more allowed for longer names.
-    if (best && best_distance <= std::max<size_t>(2, wanted.size() / 3)) return best->name();
-    for (const Control &control : controls_) {
-        if (lower(control.name()).find(wanted) != std::string::npos) return control.name();
-    }
-    return {};
+    std::vector<std::string> names;
+    for (const Control &control : controls_) names.push_back(control.name());
+    return closest_text(names, name);
 }
 
 // ---------------------------------------------------------------------------

@@ -1,6 +1,8 @@
 // Reads and writes setup files, and the setup host functions.
 #include "sparkhost/setup_file.h"
 
+#include "sparkhost/text_match.h"
+
 #include <cctype>
 #include <cerrno>
 #include <cfloat>
@@ -32,11 +34,6 @@ double short_decimal(float value) {
         if (std::strtof(text, nullptr) == value) break;
     }
     return std::strtod(text, nullptr);
-}
-
-std::string lower(std::string text) {
-    for (char &c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
 }
 
 std::string describe(const json &value) {

@@ -11,61 +11,19 @@
 #include "sparkhost/curves.h"
 #include "sparkhost/error.h"
 #include "sparkhost/setup_file.h"
+#include "sparkhost/text_match.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;
 using sparkhost::ControlTable;
 using sparkhost::Error;
+using sparkhost::closest_text;
+using sparkhost::lower;
+using sparkhost::trim;
 
 namespace {
 
-std::string trim(std::string_view text) {
-    size_t begin = 0, end = text.size();
-    while (begin < end && std::isspace(static_cast<unsigned char>(text[begin]))) ++begin;
-    while (end > begin && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
-    return std::string(text.substr(begin, end - begin));
-}
-
-std::string lower(std::string_view text) {
-    std::string out(text);
-    for (char &c : out) c = char(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
 std::string in_quotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
-
-size_t edit_distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) row[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            size_t above = row[j];
-            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
-}
-
-// The candidate nearest to text ignoring case, or empty when none is near.
-std::string closest(const std::vector<std::string> &candidates, std::string_view text) {
-    const std::string wanted = lower(trim(text));
-    std::string best;
-    size_t best_distance = 0;
-    for (const std::string &candidate : candidates) {
-        size_t distance = edit_distance(wanted, lower(candidate));
-        if (best.empty() || distance < best_distance) {
-            best = candidate;
-            best_distance = distance;
-        }
-    }
-    if (!best.empty() && best_distance <= std::max<size_t>(2, wanted.size() / 3)) return best;
-    for (const std::string &candidate : candidates)
-        if (!wanted.empty() && lower(candidate).find(wanted) != std::string::npos) return candidate;
-    return {};
-}
 
 std::string joined(const std::vector<std::string> &items) {
     std::string text;
@@ -206,7 +164,7 @@ void choose_preset(ControlTable &controls, const std::string &name, const UserAc
             return;
         }
     std::string message = "--preset: no preset named " + in_quotes(trim(name));
-    const std::string nearest = closest(names, name);
+    const std::string nearest = closest_text(names, name);
     if (!nearest.empty()) message += "; did you mean " + in_quotes(nearest) + "?";
     throw Error(message + " (see --list-presets)");
 }
@@ -275,7 +233,7 @@ double parse_control_value(const Control &control, std::string_view text, const 
         }
         if (!found) {
             std::string message = option + ": list " + in_quotes(control.name()) + " has no entry " + in_quotes(typed);
-            const std::string nearest = closest(names, typed);
+            const std::string nearest = closest_text(names, typed);
             if (!nearest.empty()) message += "; did you mean " + in_quotes(nearest) + "?";
             throw Error(message + " (entries: " + joined(names) + ")");
         }

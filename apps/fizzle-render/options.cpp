@@ -9,6 +9,7 @@
 #include "overlay_output.h"
 #include "sparkhost/error.h"
 #include "sparkhost/resolution.h"
+#include "sparkhost/text_match.h"
 
 using sparkhost::Error;
 
@@ -46,15 +47,10 @@ void parse_size(RenderOptions &options) {
     options.format.height = height;
 }
 
-std::string trimmed(const std::string &text) {
-    size_t begin = text.find_first_not_of(" \t"), end = text.find_last_not_of(" \t");
-    return begin == std::string::npos ? std::string() : text.substr(begin, end - begin + 1);
-}
-
 ControlAssignment parse_assignment(const std::string &text) {
     size_t equals = text.find('=');
-    ControlAssignment assignment{text, trimmed(text.substr(0, std::min(equals, text.size()))), ""};
-    if (equals != std::string::npos) assignment.value = trimmed(text.substr(equals + 1));
+    ControlAssignment assignment{text, sparkhost::trim(text.substr(0, std::min(equals, text.size()))), ""};
+    if (equals != std::string::npos) assignment.value = sparkhost::trim(text.substr(equals + 1));
     if (equals == std::string::npos || assignment.name.empty() || assignment.value.empty())
         throw Error("--set: '" + text + "' is not NAME=VALUE");
     return assignment;
@@ -65,7 +61,7 @@ ControlAnimation parse_animation(const std::string &text) {
     size_t equals = text.find('=');
     const std::string form = "is not NAME=FRAME:VALUE,FRAME:VALUE,...";
     if (equals == std::string::npos) throw Error("--animate: '" + text + "' " + form);
-    ControlAnimation animation{text, trimmed(text.substr(0, equals)), {}};
+    ControlAnimation animation{text, sparkhost::trim(text.substr(0, equals)), {}};
     if (animation.name.empty()) throw Error("--animate: '" + text + "' " + form);
     std::string keys = text.substr(equals + 1);
     size_t start = 0;
