@@ -1,17 +1,37 @@
 // Integer, float, angle and size controls: numbers on one host entry.
 #include "framework/controls.h"
 
-// ---- IntegerControlQv ------------------------------------------------------
+namespace {
 
-void IntegerControlQv::Bound() {
+// Integer and float records keep their range alike: saved at binding (or
+// given by the effect), frozen at the value while the control is disabled.
+template <class Record>
+void save_range(const AuxQv *aux, const Record *record, double *saved) {
     if (aux && aux->has_range) {
-        saved_range[0] = aux->range[0];
-        saved_range[1] = aux->range[1];
-    } else if (record()) {
-        saved_range[0] = record()->Min;
-        saved_range[1] = record()->Max;
+        saved[0] = aux->range[0];
+        saved[1] = aux->range[1];
+    } else if (record) {
+        saved[0] = record->Min;
+        saved[1] = record->Max;
     }
 }
+
+template <class Record>
+void freeze_range(Record *host, bool freeze, const double *saved) {
+    using Value = decltype(host->Min);
+    if (freeze) {
+        host->Min = host->Max = host->Value;
+    } else {
+        host->Min = static_cast<Value>(saved[0]);
+        host->Max = static_cast<Value>(saved[1]);
+    }
+}
+
+}  // namespace
+
+// ---- IntegerControlQv ------------------------------------------------------
+
+void IntegerControlQv::Bound() { save_range(aux, record(), saved_range); }
 
 void IntegerControlQv::Sync() {
     if (bound()) cached = record()->Value;
@@ -44,14 +64,8 @@ void IntegerControlQv::Disable(bool flag) {
         return;
     }
     disabled = flag;
-    SparkIntStruct *host = record();
-    if (flag) {
-        host->Min = host->Max = host->Value;
-    } else {
-        host->Min = static_cast<int32_t>(saved_range[0]);
-        host->Max = static_cast<int32_t>(saved_range[1]);
-    }
-    MarkTitle(host->Title, flag);
+    freeze_range(record(), flag, saved_range);
+    MarkTitle(record()->Title, flag);
     sparkControlUpdate(index);
 }
 
@@ -62,15 +76,7 @@ void IntegerControlQv::Hide(bool flag) {
 
 // ---- float records: FloatControlQv, AngleControlQv, SizeControlQv ----------
 
-void FloatRecordControlQv::Bound() {
-    if (aux && aux->has_range) {
-        saved_range[0] = aux->range[0];
-        saved_range[1] = aux->range[1];
-    } else if (record()) {
-        saved_range[0] = record()->Min;
-        saved_range[1] = record()->Max;
-    }
-}
+void FloatRecordControlQv::Bound() { save_range(aux, record(), saved_range); }
 
 void FloatRecordControlQv::Disable(bool flag) {
     if (flag == bool(disabled) || !bound()) {
@@ -78,14 +84,8 @@ void FloatRecordControlQv::Disable(bool flag) {
         return;
     }
     disabled = flag;
-    SparkFloatStruct *host = record();
-    if (flag) {
-        host->Min = host->Max = host->Value;
-    } else {
-        host->Min = static_cast<float>(saved_range[0]);
-        host->Max = static_cast<float>(saved_range[1]);
-    }
-    MarkTitle(host->Title, flag);
+    freeze_range(record(), flag, saved_range);
+    MarkTitle(record()->Title, flag);
     sparkControlUpdate(index);
 }
 

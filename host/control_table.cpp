@@ -36,13 +36,6 @@ extern "C" {
     SPARK_EXPORT SparkPupStruct SparkPup##n = {value, entry_count(__VA_ARGS__), callback, {__VA_ARGS__}};
 #define SPARK_COLOR_CONTROL(n, value, callback) SPARK_EXPORT SparkColorStruct SparkColor##n = {value, callback};
 #include "host/control_table.def"
-#undef SPARK_STRING_CONTROL
-#undef SPARK_PUSH_CONTROL
-#undef SPARK_INT_CONTROL
-#undef SPARK_FLOAT_CONTROL
-#undef SPARK_BOOLEAN_CONTROL
-#undef SPARK_PUP_CONTROL
-#undef SPARK_COLOR_CONTROL
 }
 
 // ---------------------------------------------------------------------------
@@ -64,13 +57,6 @@ const HostControl kHostControls[] = {
 #define SPARK_COLOR_CONTROL(n, value, callback) \
     {n, HostControlKind::Color, nullptr, double(value), 0, double(0xFFFFFFFFu), &SparkColor##n},
 #include "host/control_table.def"
-#undef SPARK_STRING_CONTROL
-#undef SPARK_PUSH_CONTROL
-#undef SPARK_INT_CONTROL
-#undef SPARK_FLOAT_CONTROL
-#undef SPARK_BOOLEAN_CONTROL
-#undef SPARK_PUP_CONTROL
-#undef SPARK_COLOR_CONTROL
 };
 
 }  // namespace

@@ -52,13 +52,6 @@ extern "C" {
 #define SPARK_PUP_CONTROL(n, value, callback, ...) extern SPARK_EXPORT SparkPupStruct SparkPup##n;
 #define SPARK_COLOR_CONTROL(n, value, callback) extern SPARK_EXPORT SparkColorStruct SparkColor##n;
 #include "host/control_table.def"
-#undef SPARK_STRING_CONTROL
-#undef SPARK_PUSH_CONTROL
-#undef SPARK_INT_CONTROL
-#undef SPARK_FLOAT_CONTROL
-#undef SPARK_BOOLEAN_CONTROL
-#undef SPARK_PUP_CONTROL
-#undef SPARK_COLOR_CONTROL
 }
 
 // The callbacks the structures name (a name may serve several controls).
@@ -72,10 +65,3 @@ extern "C" {
 #define SPARK_PUP_CONTROL(n, value, callback, ...) unsigned long *callback(int reason, SparkInfoStruct info);
 #define SPARK_COLOR_CONTROL(n, value, callback) unsigned long *callback(int reason, SparkInfoStruct info);
 #include "host/control_table.def"
-#undef SPARK_STRING_CONTROL
-#undef SPARK_PUSH_CONTROL
-#undef SPARK_INT_CONTROL
-#undef SPARK_FLOAT_CONTROL
-#undef SPARK_BOOLEAN_CONTROL
-#undef SPARK_PUP_CONTROL
-#undef SPARK_COLOR_CONTROL
