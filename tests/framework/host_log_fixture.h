@@ -36,7 +36,4 @@ protected:
     static sparkhost::ControlCall disable(int control) {
         return {sparkhost::ControlCall::Disable, SPARK_UI_CONTROL, control};
     }
-    static sparkhost::ControlCall enable(int control) {
-        return {sparkhost::ControlCall::Enable, SPARK_UI_CONTROL, control};
-    }
 };
