@@ -82,17 +82,6 @@ TEST_F(Demos, EveryPresetValueReachesTheEngine) {
     }
 }
 
-TEST_F(Demos, HostSeesPercentListsFromZeroAndPackedColours) {
-    choose(1);  // Soap
-    EXPECT_FLOAT_EQ(SparkFloat11.Value, 11.8f);
-    EXPECT_FLOAT_EQ(SparkFloat17.Value, 5.9f);
-    EXPECT_EQ(SparkPup23.Value, 1);  // "Growth Mode: Shrinking"
-    EXPECT_EQ(SparkInt9.Value, 72);
-    EXPECT_EQ(SparkColor71.Value & 0xFFFFFFu, 174u | 228u << 8 | 255u << 16);
-    EXPECT_FLOAT_EQ(SparkFloat74.Value, 100.0f);
-    EXPECT_EQ(SparkBoolean44.Value, 1);
-}
-
 TEST_F(Demos, DashesKeepTheUsersValues) {
     choose(5);  // Bubbly sets the burst values
     EXPECT_FLOAT_EQ(SparkFloat50.Value, 38.0f);
@@ -105,15 +94,4 @@ TEST_F(Demos, DashesKeepTheUsersValues) {
     SparkBoolean54.Value = 1;
     choose(6);  // Swirly leaves Congregate alone
     EXPECT_EQ(SparkBoolean54.Value, 1);
-}
-
-TEST_F(Demos, SamePresetTwiceRestartsTwiceWithTheSameValues) {
-    choose(3);
-    const float density = SparkFloat16.Value, lifetime = SparkFloat13.Value;
-    effect->restartPending = 0;
-    SparkFloat16.Value = 99.0f;
-    choose(3);
-    EXPECT_EQ(effect->restartPending, 1);
-    EXPECT_EQ(SparkFloat16.Value, density);
-    EXPECT_EQ(SparkFloat13.Value, lifetime);
 }

@@ -1,7 +1,5 @@
 // SyncControls and the switch callbacks: which controls the effect shows
 // for each combination of its switches.
-#include <vector>
-
 #include "effect_rig.h"
 
 namespace {
@@ -11,20 +9,6 @@ using SyncControlsTest = BoundEffectTest;
 const int kLightControls[] = {100, 101, 107, 108, 109, 104, 103, 102, 111, 112, 113, 98, 94, 95, 96, 97};
 
 }  // namespace
-
-TEST_F(SyncControlsTest, EachForceSwitchGovernsItsOwnControls) {
-    const struct {
-        SparkBooleanStruct &flag;
-        std::vector<int> dependants;
-    } switches[] = {{SparkBoolean44, {45, 46}}, {SparkBoolean42, {43}}, {SparkBoolean38, {39, 40, 41}}};
-    for (const auto &sw : switches) {
-        for (uint8_t value : {1, 0}) {
-            sw.flag.Value = value;
-            effect->SyncControls();
-            for (int number : sw.dependants) EXPECT_EQ(shown(number), value == 1) << number;
-        }
-    }
-}
 
 // "Ref Intensity" needs Light and Reflections; Quantity, Extent and Afterlife
 // need Burst or Congregate, "Burst Probability" needs Burst alone.
@@ -55,7 +39,4 @@ TEST_F(SyncControlsTest, CongregateCallbackLeavesTheBurstProbabilityAlone) {
     effect->DoCongregateCB(effect->info.congregate, 1.0);
     for (int number : {51, 52, 53}) EXPECT_TRUE(shown(number)) << number;
     for (const sparkhost::ControlCall &call : sparkhost::control_log().calls()) EXPECT_NE(call.control, 50);
-
-    effect->DoBubblesBurstCB(effect->info.burstOn, 1.0);
-    EXPECT_TRUE(shown(50));
 }
