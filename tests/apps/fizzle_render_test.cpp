@@ -1,5 +1,5 @@
-// fizzle-render run as a program: its help, its one-line errors for bad
-// arguments, inputs and outputs (with nothing written), and real renders.
+// fizzle-render run as a program: its one-line errors for bad arguments,
+// inputs and outputs (with nothing written), and real renders.
 #include <fstream>
 #include <string>
 #include <vector>
@@ -13,14 +13,6 @@ using sparkhost::Frame;
 using sparkhost::FrameFormat;
 
 using FizzleRender = RenderRun;
-
-TEST_F(FizzleRender, HelpExplainsEveryOption) {
-    const RunResult result = run({"--help"});
-    EXPECT_EQ(result.exit_code, 0);
-    for (const char *option : {"--frames", "--size", "--depth", "--aspect", "--proxy", "--processors", "--scene",
-                               "--birth", "--burst", "--reflection", "--output", "--plugin", "--quiet"})
-        EXPECT_NE(result.out.find(option), std::string::npos) << option;
-}
 
 TEST_F(FizzleRender, BadArgumentsFailNamingTheOption) {
     const std::string out = path("f.%04d.png");
@@ -65,12 +57,12 @@ TEST_F(FizzleRender, BadInputsOutputsAndPluginFailAtOnceNamingTheFile) {
 }
 
 TEST_F(FizzleRender, SoapPrerolledRendersEveryFrameQuietlyWhenNotOnATerminal) {
-    const RunResult result = run({"--preset", "Soap", "--preroll", "--frames", "2-25", "--size", "160x90",
+    const RunResult result = run({"--preset", "Soap", "--preroll", "--frames", "2-9", "--size", "160x90",
                                   "--processors", "3", "-o", path("soap.####.exr")});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(files(), 24);
-    for (const char *name : {"soap.0002.exr", "soap.0025.exr"}) {
+    EXPECT_EQ(files(), 8);
+    for (const char *name : {"soap.0002.exr", "soap.0009.exr"}) {
         const sparkhost::ImageSize size = sparkhost::probe_image(path(name));
         EXPECT_TRUE(size.width == 160 && size.height == 90) << name;
     }

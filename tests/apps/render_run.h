@@ -39,11 +39,8 @@ protected:
         for (const std::string &argument : arguments) command += " " + quoted(argument);
         const std::string out = (dir_ / "..stdout").string(), err = (dir_ / "..stderr").string();
         command += " >" + quoted(out) + " 2>" + quoted(err) + " </dev/null";
-        RunResult result;
         const int status = std::system(command.c_str());
-        result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        result.out = slurp(out);
-        result.err = slurp(err);
+        RunResult result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
         std::filesystem::remove(out);
         std::filesystem::remove(err);
         return result;
@@ -69,7 +66,7 @@ protected:
 
     static std::string quoted(const std::string &text) {
         std::string result = "'";
-        for (char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        for (char c : text) result += c == '\'' ? "'\\''" : std::string(1, c);
         return result + "'";
     }
 

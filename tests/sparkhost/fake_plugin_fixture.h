@@ -1,5 +1,5 @@
-// Test fixture: the fake plug-in loaded and registered, its structures,
-// curves and interface record put back after every test.
+// Test fixture: the fake plug-in loaded and registered, its structures and
+// curves put back after every test.
 #ifndef TESTS_SPARKHOST_FAKE_PLUGIN_FIXTURE_H
 #define TESTS_SPARKHOST_FAKE_PLUGIN_FIXTURE_H
 
@@ -16,7 +16,6 @@
 #include "sparkhost/controls.h"
 #include "sparkhost/curves.h"
 #include "sparkhost/fake_plugin/fake_plugin.h"
-#include "sparkhost/ui_record.h"
 
 // The message of the error the action throws, or "(no error)".
 inline std::string error_of(const std::function<void()> &action) {
@@ -47,22 +46,18 @@ protected:
         ASSERT_NE(log_, nullptr);
         *log_ = FakeCallbackLog{};
         sparkhost::clear_curves();
-        sparkhost::clear_ui_record();
     }
 
     void TearDown() override {
-        // By address: a test may have unregistered the table.
         for (auto &[structure, bytes] : saved_) std::memcpy(structure, bytes.data(), bytes.size());
         sparkhost::unregister_plugin_controls();
         sparkhost::clear_curves();
-        sparkhost::clear_ui_record();
     }
 
     template <typename Structure>
     Structure &exported(const char *name) {
         return *static_cast<Structure *>(dlsym(handle(), name));
     }
-
     sparkhost::ControlTable &table() { return *table_; }
 
     static size_t structure_size(sparkhost::ControlKind kind) {
@@ -79,8 +74,6 @@ protected:
     }
 
     FakeCallbackLog *log_ = nullptr;
-
-private:
     sparkhost::ControlTable *table_ = nullptr;
     std::vector<std::pair<void *, std::vector<unsigned char>>> saved_;
 };

@@ -8,9 +8,8 @@ extern "C" {
 struct FakeCallbackLog {
     int calls;
     int reason;
-    int control;          // number of the control whose callback ran last
-    uint32_t frame;       // FrameNo of the info record it received
-    double value_seen;    // the control's value when its callback ran
+    uint32_t frame;     // FrameNo of the info record the last callback received
+    double value_seen;  // Density when it ran
 };
 }
 
