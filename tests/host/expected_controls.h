@@ -8,11 +8,7 @@
 
 namespace expected_controls {
 
-struct Number {
-    int number;
-    const char *title;
-    double value, min, max, step;
-};
+struct Number { int number; const char *title; double value, min, max, step; };
 inline const Number kFloats[] = {
     {11, "Left X: %.2f", 1, -300, 300, 0.05}, {12, "Left Y: %.2f", 1, -300, 300, 0.05},
     {13, "Lifetime: %.2f", 200, 1, 1000, 1}, {16, "Density: %.2f", 20, 0, 10000, 1},
@@ -37,49 +33,32 @@ inline const Number kFloats[] = {
     {112, "Shine: %.2f", 45, 1, 200, 0.1}, {113, "Highlight: %.2f", 10, 1, 200, 0.1},
 };
 inline const Number kIntegers[] = {
-    {9, "PreRoll: %d", 20, 1, 1000, 1},
-    {14, "TimeMaxSize: %d", 25, 1, 500, 1},
-    {26, "Seed: %d", 785, 1, 999999, 1},
-    {53, "Afterlife: %d", 3, 0, 100, 1},
+    {9, "PreRoll: %d", 20, 1, 1000, 1}, {14, "TimeMaxSize: %d", 25, 1, 500, 1},
+    {26, "Seed: %d", 785, 1, 999999, 1}, {53, "Afterlife: %d", 3, 0, 100, 1},
 };
-struct Switch {
-    int number;
-    const char *title;
-    int value;
-};
+struct Switch { int number; const char *title; int value; };
 inline const Switch kSwitches[] = {
     {15, "Use Birth Matte   ", 0}, {28, "Clear Overlay", 0},  {34, "Auto Preview", 1},   {38, "Turbulence   ", 1},
     {42, "Friction   ", 1},        {44, "Gravity   ", 0},     {49, "Bubbles Burst   ", 0}, {54, "Congregate   ", 0},
     {57, "Clear Overlay", 0},      {63, "Auto Preview", 1},   {86, "Clear Overlay", 0},  {92, "Auto Preview", 1},
     {93, "Light   ", 0},           {98, "Reflections   ", 0}, {115, "Clear Overlay", 0}, {121, "Auto Preview", 1},
 };
-struct Button {
-    int number;
-    const char *title;
-};
+struct Button { int number; const char *title; };
 inline const Button kButtons[] = {
-    {6, "Restart   "},   {7, "Restart+PreRoll   "},  {8, "Do PreRoll   "},  {10, "Advance   "},
-    {31, "Help"},        {32, "Reset"},               {35, "Restart   "},     {36, "Restart+PreRoll   "},
-    {37, "Do PreRoll   "}, {60, "Help"},              {61, "Reset"},          {64, "Restart   "},
-    {65, "Restart+PreRoll   "}, {66, "Do PreRoll   "}, {89, "Help"},          {90, "Reset"},
-    {114, "Import Amplitude File"}, {118, "Help"},     {119, "Reset"},
+    {6, "Restart   "}, {7, "Restart+PreRoll   "}, {8, "Do PreRoll   "}, {10, "Advance   "}, {31, "Help"}, {32, "Reset"},
+    {35, "Restart   "}, {36, "Restart+PreRoll   "}, {37, "Do PreRoll   "}, {60, "Help"}, {61, "Reset"},
+    {64, "Restart   "}, {65, "Restart+PreRoll   "}, {66, "Do PreRoll   "}, {89, "Help"}, {90, "Reset"},
+    {114, "Import Amplitude File"}, {118, "Help"}, {119, "Reset"},
 };
 inline const std::vector<std::string> kResolutions = {"FULL", "1/2", "1/3", "1/4", "1/6", "1/8", "1/12", "1/16", "1/32"};
-struct List {
-    int number;
-    int value;
-    std::vector<std::string> entries;
-};
+struct List { int number, value; std::vector<std::string> entries; };
 inline const List kLists[] = {
     {23, 3, {"Growth Mode: Assorted  ", "Growth Mode: Shrinking  ", "Growth Mode: Variable Growth  ",
              "Growth Mode: Linear Growth  "}},
     {29, 0, {"Demos: Basic  ", "Demos: Soap  ", "Demos: Champagne  ", "Demos: Under Water  ", "Demos: Floating  ",
              "Demos: Bubbly  ", "Demos: Swirly  ", "Demos: Gathering  ", "Demos: Flurry  ", "Demos: Pipe  "}},
-    {33, 0, kResolutions},
-    {62, 0, kResolutions},
     {75, 2, {"Fade Mode: Col+Dens  ", "Fade Mode: Colour  ", "Fade Mode: Density  "}},
-    {91, 0, kResolutions},
-    {120, 0, kResolutions},
+    {33, 0, kResolutions}, {62, 0, kResolutions}, {91, 0, kResolutions}, {120, 0, kResolutions},
 };
 inline const int kColours[] = {71, 94};
 inline const std::map<int, std::string> kStrings = {

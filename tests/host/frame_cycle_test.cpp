@@ -2,25 +2,43 @@
 // frames passed through the frame cycle at every depth and proxy.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <random>
 #include <string>
-#include <vector>
 
-#include "proxy_expectation.h"
-#include "sparkhost/host.h"
+#include "host/conversion.h"
+#include "plugin_host_fixture.h"
 
 using namespace sparkhost;
 
 namespace {
 
 Settings settings_for(int width, int height, Depth depth) {
-    Settings settings;
+    Settings settings = quiet_host_settings(depth);
     settings.format = {width, height, depth};
-    settings.processors = 3;
-    settings.message_sink = [](const Message &) {};
+    settings.processors = 3;  // bands of unequal height
     return settings;
+}
+
+// Each pixel (x, y) of a frame through a 1/s proxy is the one its proxy sample
+// came from: proxy row y/s read row s/2 + (y/s)*s, proxy column x/s read
+// column (x/s)*s, both clamped to the proxy. Where the proxy row or column
+// was never sampled (past the frame), the cleared output stays black.
+Frame after_proxy(const Frame &scene, int s) {
+    const int width = scene.width(), height = scene.height();
+    const int pw = ProxyExtent(width, s), ph = ProxyExtent(height, s);
+    const size_t pixel = size_t(scene.format().bytes_per_pixel());
+    Frame expected(scene.format());
+    for (int y = 0; y < height && pw > 0 && ph > 0; ++y)
+        for (int x = 0; x < width; ++x) {
+            const int row = s / 2 + std::min(y / s, ph - 1) * s, column = std::min(x / s, pw - 1) * s;
+            if (row < height && s / 2 + column < width)
+                std::memcpy(expected.data() + (size_t(y) * width + x) * pixel,
+                            scene.data() + (size_t(row) * width + column) * pixel, pixel);
+        }
+    return expected;
 }
 
 // A random picture; in 12-bit the words' low 4 bits are 0, as the host's
@@ -28,11 +46,9 @@ Settings settings_for(int width, int height, Depth depth) {
 Frame random_frame(const FrameFormat &format, unsigned seed) {
     Frame frame(format);
     std::mt19937 generator(seed);
-    for (uint8_t &b : frame.bytes()) b = uint8_t(generator());
-    if (format.depth == Depth::Bits12) {
-        auto *words = reinterpret_cast<uint16_t *>(frame.data());
-        for (size_t i = 0; i < frame.size() / 2; ++i) words[i] &= 0xFFF0;
-    }
+    for (int y = 0; y < format.height; ++y)
+        for (int x = 0; x < format.width; ++x)
+            for (int c = 0; c < 3; ++c) frame.set_value(x, y, c, int(generator() % (format.max_value() + 1)));
     return frame;
 }
 
@@ -65,23 +81,18 @@ void expect_scene_returned(Host &host, int frame) {
     EXPECT_TRUE(*out == scene) << "frame " << frame;
 }
 
-template <class Word>
-std::vector<Word> words_of(const Frame &frame) {
-    std::vector<Word> words(frame.size() / sizeof(Word));
-    std::memcpy(words.data(), frame.data(), frame.size());
-    return words;
-}
-
 }  // namespace
 
-TEST(FrameCycle, StartUpPrintsTheModeOfTheFrameDepthAndFullResolutionComesBackByteForByte) {
+TEST(FrameCycle, StartUpPrintsTheBannerAndModeAndFullResolutionComesBackByteForByte) {
+    const std::string rule(51, '=');
     for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
         std::string banner;
         auto host = started_host(settings_for(37, 23, depth), &banner);
         EXPECT_EQ(host->clips(), 4);
-        const char *mode = depth == Depth::Bits12 ? "... 12 bit mode selected.\n" : "... 8-10 bit mode selected.\n";
-        EXPECT_NE(banner.find(mode), std::string::npos) << banner;
-        EXPECT_NE(banner.find("Available buffers = 8\n"), std::string::npos) << banner;
+        EXPECT_EQ(banner.rfind(rule + "\nCorvale MP-V5.0.7 Tallow Fizzle for Discreet  \n    UCAPI  Built ", 0), 0u);
+        const std::string end = rule + "\n... " + (depth == Depth::Bits12 ? "12 bit" : "8-10 bit") +
+                                " mode selected.\nAvailable buffers = 8\n" + std::string(51, '+') + "\n\n";
+        EXPECT_EQ(banner.substr(banner.size() - std::min(banner.size(), end.size())), end) << banner;
         EXPECT_TRUE(host->messages().empty());
         for (int frame = 1; frame <= 3; ++frame) expect_scene_returned(*host, frame);
         host->uninitialise();
@@ -99,11 +110,7 @@ TEST(FrameCycle, EveryProxyDivisorReturnsWholeBlocks) {
             std::optional<Frame> out = host->process(value + 1);
             ASSERT_TRUE(out) << host->last_failure();
             const int s = value <= 8 ? divisors[value] : 1;  // beyond the list: full resolution
-            if (depth == Depth::Bits8)
-                EXPECT_EQ(out->bytes(), expected_proxy_round_trip(scene.bytes(), 725, 67, s)) << "1/" << s;
-            else
-                EXPECT_EQ(words_of<uint16_t>(*out), expected_proxy_round_trip(words_of<uint16_t>(scene), 725, 67, s))
-                    << "1/" << s;
+            EXPECT_TRUE(*out == after_proxy(scene, s)) << "1/" << s;
         }
     }
 }
@@ -114,9 +121,7 @@ TEST(FrameCycle, TooFewBuffersRefusesEveryFrameUntilRestarted) {
     std::string banner;
     auto host = started_host(settings, &banner);
     EXPECT_NE(banner.find("ERROR: we need 2 image buffers, but we only got 1.\n"
-                          "... Processing will be turned off ...\n"),
-              std::string::npos)
-        << banner;
+                          "... Processing will be turned off ...\n"), std::string::npos) << banner;
     EXPECT_TRUE(has_message(*host, Message::Kind::Message, "Insufficient image buffers available! Giving up!"));
     host->clear_messages();
     EXPECT_FALSE(host->process(1));
@@ -140,14 +145,12 @@ TEST(FrameCycle, OldInterfaceWarnsAndStillWorks) {
 }
 
 TEST(FrameCycle, MissingBufferReturnsNothingQuietlyAndTheNextFrameRuns) {
-    for (int missing : {1, 2, 5}) {
-        Settings settings = settings_for(64, 48, Depth::Bits12);
-        settings.unavailable_buffers = {missing};
-        auto host = started_host(settings);
-        host->clear_messages();
-        EXPECT_FALSE(host->process(1)) << "buffer " << missing;
-        EXPECT_TRUE(host->messages().empty());
-        host->settings().unavailable_buffers.clear();
-        expect_scene_returned(*host, 2);
-    }
+    Settings settings = settings_for(64, 48, Depth::Bits12);
+    settings.unavailable_buffers = {5};
+    auto host = started_host(settings);
+    host->clear_messages();
+    EXPECT_FALSE(host->process(1));
+    EXPECT_TRUE(host->messages().empty());
+    host->settings().unavailable_buffers.clear();
+    expect_scene_returned(*host, 2);
 }

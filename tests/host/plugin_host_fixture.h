@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 #include "spark/spark.h"
 #include "sparkhost/control_log.h"
+#include "sparkhost/controls.h"
 #include "sparkhost/curves.h"
 #include "sparkhost/host.h"
 #include "sparkhost/ui_record.h"
@@ -42,16 +42,7 @@ protected:
     }
 
     sparkhost::Host &host() { return *host_; }
-    template <class Structure>
-    Structure &structure(const char *kind, int number) {
-        void *address = host_->symbol(("Spark" + std::string(kind) + std::to_string(number)).c_str());
-        EXPECT_NE(address, nullptr) << kind << number;
-        return *static_cast<Structure *>(address);
-    }
-    SparkFloatStruct &float_control(int number) { return structure<SparkFloatStruct>("Float", number); }
-    SparkBooleanStruct &switch_control(int number) { return structure<SparkBooleanStruct>("Boolean", number); }
-    SparkPupStruct &list_control(int number) { return structure<SparkPupStruct>("Pup", number); }
-    SparkColorStruct &colour_control(int number) { return structure<SparkColorStruct>("Color", number); }
+    double value(int number) { return host_->controls().at(number).value(); }
     static bool shown(int number) { return sparkhost::control_log().enabled(number); }
 
 private:
