@@ -10,9 +10,12 @@ namespace {
 
 void resample_area(const uint8_t *src, uint8_t *dst, int32_t n, int32_t m, int32_t src_stride,
                    int32_t dst_stride, float q) {
+    // The cell bounds are products of one float cell width, not k / q: the
+    // two round differently and the reference frames use the products.
+    const float cell = 1.0f / q;
     for (int32_t k = 0; k < m; ++k) {
-        const float start = float(k) / q;
-        const float end = float(k + 1) / q;
+        const float start = float(k) * cell;
+        const float end = float(k + 1) * cell;
         if (start >= float(n)) {
             dst[size_t(k) * dst_stride] = k > 0 ? dst[size_t(k - 1) * dst_stride] : 0;
             continue;
@@ -98,9 +101,9 @@ void Bubbles::p_resample(const float *src, int32_t w, int32_t h, float *dst, int
             const int32_t x0 = int32_t(sx);
             const int32_t x1 = x0 + 1 < w ? x0 + 1 : x0;
             const float fx = sx - float(x0);
-            const float w00 = (1 - fx) * (1 - fy), w10 = fx * (1 - fy);
-            const float w01 = (1 - fx) * fy, w11 = fx * fy;
-            dst[size_t(i) * w2 + j] = row0[x0] * w00 + row0[x1] * w10 + row1[x0] * w01 + row1[x1] * w11;
+            // Evaluated left to right on purpose: precomputed weights round differently.
+            dst[size_t(i) * w2 + j] = row0[x0] * (1 - fx) * (1 - fy) + row0[x1] * fx * (1 - fy) +
+                                      row1[x0] * (1 - fx) * fy + row1[x1] * fx * fy;
         }
     }
 }

@@ -20,15 +20,32 @@ namespace {
 const char *const kGoldenFile = FIZZLE_TEST_DATA "/golden_hashes.txt";
 constexpr int kFrames = 6;
 
-// "<preset> <frame> <hash>" for every frame of the sequence.
+struct GoldenShot {
+    const char *name;  // the key's prefix in the golden file
+    const char *preset;
+    int width, height;
+    PresetLook look;
+};
+
+// Light and reflections on at a pixel aspect that is no power of two, in
+// 12-bit at proxy 1/3: the sprite resamplers and the proxy path together.
+const GoldenShot kShots[] = {
+    {"Basic", "Basic", 96, 64, {}},
+    {"Bubbly", "Bubbly", 96, 64, {}},
+    {"Champagne", "Champagne", 96, 64, {}},
+    {"Under Water 12-bit aspect 0.9 proxy 1/3", "Under Water", 192, 108,
+     {sparkhost::Depth::Bits12, 0.9f, 2}},
+};
+
+// "<shot> <frame> <hash>" for every frame of every shot.
 std::map<std::string, std::string> render_sequence(int processors) {
     std::map<std::string, std::string> hashes;
-    for (const char *preset : {"Bubbly", "Champagne"}) {
-        PresetHost rig(96, 64, processors);
-        rig.choose(preset);
+    for (const GoldenShot &shot : kShots) {
+        PresetHost rig(shot.width, shot.height, processors, shot.look);
+        rig.choose(shot.preset);
         rig.press_preroll();
         for (int number = 1; number <= kFrames; ++number)
-            hashes[std::string(preset) + " " + std::to_string(number)] = frame_hash(rig.render(number));
+            hashes[std::string(shot.name) + " " + std::to_string(number)] = frame_hash(rig.render(number));
     }
     return hashes;
 }
@@ -47,8 +64,8 @@ std::map<std::string, std::string> read_golden() {
 
 void write_golden(const std::map<std::string, std::string> &hashes) {
     std::ofstream out(kGoldenFile);
-    out << "# Frame hashes (64-bit FNV-1a of the 8-bit output) of the golden sequence:\n"
-           "# 96x64, two processors, preset chosen, Restart+PreRoll pressed, frames 1-"
+    out << "# Frame hashes (64-bit FNV-1a of the output bytes) of the golden shots:\n"
+           "# two processors, preset chosen, Restart+PreRoll pressed, frames 1-"
         << kFrames << ".\n";
     for (const auto &[key, hash] : hashes) out << key << " " << hash << "\n";
 }

@@ -5,15 +5,23 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "sparkhost/frame.h"
 #include "sparkhost/host.h"
 
+// How the host presents frames: depth, pixel aspect and proxy resolution.
+struct PresetLook {
+    sparkhost::Depth depth = sparkhost::Depth::Bits8;
+    float pixel_aspect = 1.0f;
+    std::optional<int> proxy;  // resolution list entry; unset: full size
+};
+
 struct PresetHost {
     static constexpr int kSceneGrey = 100;
 
-    PresetHost(int width, int height, int processors = 2);
+    PresetHost(int width, int height, int processors = 2, const PresetLook &look = {});
     ~PresetHost();
 
     // Picks the preset's entry of the "Demos" list as a user would, with

@@ -9,29 +9,33 @@
 #include "preset_host.h"
 #include "sparkhost/curves.h"
 
-PresetHost::PresetHost(int width, int height, int processors) : format{width, height, sparkhost::Depth::Bits8} {
+PresetHost::PresetHost(int width, int height, int processors, const PresetLook &look)
+    : format{width, height, look.depth} {
     // A refused frame pauses for the user otherwise.
     setenv("FIZZLE_NO_PAUSE", "1", 1);
     sparkhost::clear_curves();
     sparkhost::Settings settings;
     settings.format = format;
     settings.processors = processors;
+    settings.pixel_aspect = look.pixel_aspect;
+    settings.proxy = look.proxy;
     settings.message_sink = [](const sparkhost::Message &) {};
     host = std::make_unique<sparkhost::Host>(settings);
     // Inputs of our own, so that the frames do not change with the host's
     // built-in pictures.
     sparkhost::Frame scene(format), birth(format), burst(format), reflection(format);
     std::fill(scene.bytes().begin(), scene.bytes().end(), uint8_t(kSceneGrey));
+    const int full = format.max_value();
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             const int dx = x - width / 2, dy = y - height * 2 / 3;
             for (int c = 0; c < 3; ++c) {
-                birth.set_value(x, y, c, y < height / 5 ? 255 : 0);
-                burst.set_value(x, y, c, dx * dx + dy * dy < height * height / 16 ? 255 : 0);
+                birth.set_value(x, y, c, y < height / 5 ? full : 0);
+                burst.set_value(x, y, c, dx * dx + dy * dy < height * height / 16 ? full : 0);
             }
-            reflection.set_value(x, y, 0, 255 * x / width);
-            reflection.set_value(x, y, 1, 255 * y / height);
-            reflection.set_value(x, y, 2, 128);
+            reflection.set_value(x, y, 0, full * x / width);
+            reflection.set_value(x, y, 1, full * y / height);
+            reflection.set_value(x, y, 2, full * 128 / 255);
         }
     host->set_input(sparkhost::kScene, scene);
     host->set_input(sparkhost::kBirth, birth);
