@@ -7,7 +7,7 @@
 
 #include "bubbles/bubbles.h"
 #include "framework/image.h"
-#include "host/globals.h"
+#include "framework/plugin.h"
 
 namespace {
 
@@ -66,8 +66,8 @@ struct Scene {
 };
 
 void BM_PartSetExecute(benchmark::State &state) {
-    const int32_t saved = DLnumProc;
-    DLnumProc = int32_t(state.range(0));
+    const int32_t saved = frame_context.processors;
+    frame_context.processors = int32_t(state.range(0));
     Scene scene;
     float emit_x = 100.0f, emit_y = 100.0f;
     for (auto _ : state) {
@@ -78,7 +78,7 @@ void BM_PartSetExecute(benchmark::State &state) {
     }
     state.SetItemsProcessed(state.iterations() * scene.engine->partSet->live_count);
     state.counters["bubbles"] = scene.engine->partSet->live_count;
-    DLnumProc = saved;
+    frame_context.processors = saved;
 }
 
 }  // namespace

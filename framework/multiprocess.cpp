@@ -2,7 +2,6 @@
 #include <cstdint>
 
 #include "framework/plugin.h"
-#include "host/globals.h"
 #include "spark/spark.h"
 
 RowBand band_for_worker(long worker, long rows, long workers) {
@@ -25,7 +24,7 @@ long current_worker_index() {
 namespace {
 
 // A host that reports no processors still gets its work done, on one.
-long processor_count() { return DLnumProc > 0 ? DLnumProc : 1; }
+long processor_count() { return frame_context.processors > 0 ? frame_context.processors : 1; }
 
 template <class Object>
 struct MemberCall {

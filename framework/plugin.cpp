@@ -5,9 +5,9 @@
 #include <cstring>
 
 #include "framework/pause.h"
-#include "host/conversion.h"
-#include "host/globals.h"
 #include "spark/spark.h"
+
+FrameContextQv frame_context;
 
 SourceQv::SourceQv()
     : random_access(0), temp_buffer(nullptr), image(nullptr), one(1), clip(0), deep(0), time(0.0) {
@@ -15,11 +15,8 @@ SourceQv::SourceQv()
 }
 
 void SourceQv::GetValue(double frame, ImageQv *&target) {
-    const int width = DLwidth;
-    const int height = DLheight;
-    const int scale = DLscalesr;
     const float aspect = target ? float(target->scale_x) : 1.0f;
-    if (!random_access || !temp_buffer) {
+    if (!random_access || !temp_buffer || !frame_context.convert) {
         static const char kNoTempBuffer[] =
             "Random Frame Access requested via GetValue(), but no temp buf allocated. "
             "(DLRandom in .plugin?)\n";
@@ -29,10 +26,8 @@ void SourceQv::GetValue(double frame, ImageQv *&target) {
         return;
     }
     sparkGetFrame(clip, int(frame + 0.5), temp_buffer->Buffer);
-    if (deep)
-        target = ConvertFromDLImage12(temp_buffer->Buffer, width, height, aspect, scale, target, 1);
-    else
-        target = ConvertFromDLImage8(temp_buffer->Buffer, width, height, aspect, scale, target, 1);
+    target = frame_context.convert(temp_buffer->Buffer, deep != 0, frame_context.width, frame_context.height,
+                                   aspect, frame_context.scale_divisor, target);
 }
 
 ResultQv::ResultQv() : image(nullptr) { std::memset(words, 0, sizeof(words)); }

@@ -9,6 +9,19 @@
 
 struct SparkMemBufStruct;
 
+// What the framework needs to know about the frame in hand. The host adapter
+// fills it before each frame, so the framework never reaches into the adapter.
+struct FrameContextQv {
+    int32_t width = 0;          // full-resolution frame
+    int32_t height = 0;
+    int32_t scale_divisor = 0;  // proxy divisor, 1 at full resolution
+    int32_t processors = 0;     // reported by the host; fewer than one still means one
+    // Turns a host frame buffer into an image, as the adapter converts its inputs.
+    ImageQv *(*convert)(const void *buffer, bool deep, long width, long height, double aspect,
+                        int divisor, ImageQv *image) = nullptr;
+};
+extern FrameContextQv frame_context;
+
 // One input clip of the host.
 class SourceQv {
 public:
@@ -53,7 +66,7 @@ public:
     void SavePrivateData(void *, long *, const char *) {}
 
     // Runs member(first, last) over rows 0..rows-1 in bands over the host's
-    // processors (count from the host adapter); returns when all are done.
+    // processors (frame_context.processors); returns when all are done.
     int MultiProcess(void (PluginQv::*member)(long, long), long rows);
     template <class Effect>
     int MultiProcess(void (Effect::*member)(long, long), long rows) {

@@ -121,6 +121,12 @@ ImageQv *ConvertFromDLImage12(const void *buffer, long width, long height, doubl
     return ConvertFrom<Host12>(buffer, width, height, aspect, divisor, image, copy, 0xFFFF);
 }
 
+ImageQv *ConvertFetchedFrame(const void *buffer, bool deep, long width, long height, double aspect,
+                             int divisor, ImageQv *image) {
+    if (deep) return ConvertFromDLImage12(buffer, width, height, aspect, divisor, image, 1);
+    return ConvertFromDLImage8(buffer, width, height, aspect, divisor, image, 1);
+}
+
 void ConvertToDLImage8(const ImageQv *image, void *buffer, int width, int height, int divisor) {
     ConvertTo<Host8>(image, buffer, width, height, divisor);
 }

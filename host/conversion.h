@@ -12,6 +12,10 @@ ImageQv *ConvertFromDLImage8(const void *buffer, long width, long height, double
 ImageQv *ConvertFromDLImage12(const void *buffer, long width, long height, double aspect,
                               int divisor, ImageQv *image, int copy);
 
+// A fetched frame for random frame access, either depth, copied in.
+ImageQv *ConvertFetchedFrame(const void *buffer, bool deep, long width, long height, double aspect,
+                             int divisor, ImageQv *image);
+
 // Image in, host buffer out. In 12-bit the low 4 bits of each host word are kept.
 void ConvertToDLImage8(const ImageQv *image, void *buffer, int width, int height, int divisor);
 void ConvertToDLImage12(const ImageQv *image, void *buffer, int width, int height, int divisor);

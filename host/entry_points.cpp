@@ -110,6 +110,7 @@ SPARK_EXPORT unsigned long *SparkProcess(SparkInfoStruct info) {
     DLwidth = info.FrameWidth;
     DLscalesr = divisor;
     DLnumProc = info.NumProcessors;
+    frame_context = FrameContextQv{DLwidth, DLheight, DLscalesr, DLnumProc, ConvertFetchedFrame};
     // The effect copies the scene's matte on every frame.
     effect.skip_matte_copy = 0;
     effect.current_frame = double(info.FrameNo);

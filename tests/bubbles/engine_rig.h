@@ -25,7 +25,7 @@ struct EngineRig {
 
     // A live particle at (x, y) with the given sprite index, white, fully dense.
     tagPART *add_particle(float x, float y, int32_t size, int32_t life = 100);
-    // Draws the live particles in as many bands as DLnumProc says.
+    // Draws the live particles in as many bands as frame_context.processors says.
     void render();
     // One step with a single emitter point.
     int32_t step(int32_t frame = 0, float emit_x = 10, float emit_y = 10);

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "framework/image.h"
-#include "host/globals.h"
+#include "framework/plugin.h"
 #include "pixel_expect.h"
 
 namespace {
@@ -128,14 +128,14 @@ TEST(Bands, EveryOperationGivesTheSameResultWithOneTwoOrThreeBands) {
         {"Negative", [](ImageQv &i, ImageQv *s, ImageQv *) { i.Negative(s); }},
         {"Negative(null)", [](ImageQv &i, ImageQv *, ImageQv *) { i.Negative(nullptr); }},
     };
-    const int32_t saved = DLnumProc;
+    const int32_t saved = frame_context.processors;
     for (int height : {7, 2}) {
         auto source = pattern(5, height, 1);
         auto matte = pattern(5, height, 2);
         for (const auto &operation : operations) {
             ImagePtr reference;
             for (int bands : {1, 2, 3}) {
-                DLnumProc = bands;
+                frame_context.processors = bands;
                 auto image = pattern(5, height, 3);
                 image->owns_pixels = 0;  // Negative rewrites the flag; free the block ourselves
                 PixelQv *block = image->pixels;
@@ -148,5 +148,5 @@ TEST(Bands, EveryOperationGivesTheSameResultWithOneTwoOrThreeBands) {
             }
         }
     }
-    DLnumProc = saved;
+    frame_context.processors = saved;
 }

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "framework/plugin.h"
-#include "host/globals.h"
 
 TEST(BandSplit, EqualBandsRemainderOnTheLastWorkerEmptyBandsWhenRowsAreFew) {
     struct Case {
@@ -48,18 +47,18 @@ void count_rows(void *arg, int first, int last) { visit(*static_cast<Visits *>(a
 }  // namespace
 
 TEST(ProcessorCount, EffectAndLibraryBandsVisitEveryRowOnce) {
-    const int32_t saved = DLnumProc;
+    const int32_t saved = frame_context.processors;
     for (int processors : {1, 3, 8, 0})
         for (long rows : {1L, 10L}) {
-            DLnumProc = processors;
+            frame_context.processors = processors;
             RowCounter counter(rows);
             counter.MultiProcess(&RowCounter::mp_count, rows);
             EXPECT_EQ(first_wrong_row(counter.visits), -1) << rows << " rows on " << processors << " processors";
         }
-    DLnumProc = 3;
+    frame_context.processors = 3;
     RowCounter effect(0);
     Visits visits(11);
     lib_mp_exec(&effect, count_rows, 11, &visits);
     EXPECT_EQ(first_wrong_row(visits), -1);
-    DLnumProc = saved;
+    frame_context.processors = saved;
 }

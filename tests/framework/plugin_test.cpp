@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "framework/plugin.h"
-#include "host/globals.h"
+#include "host/conversion.h"
 #include "spark/spark.h"
 #include "pixel_expect.h"
 
@@ -13,15 +13,12 @@ namespace {
 class FrameAccess : public ::testing::Test {
 protected:
     void SetUp() override {
-        DLwidth = 4;
-        DLheight = 3;
-        DLscalesr = 1;
-        DLnumProc = 2;
+        frame_context = FrameContextQv{4, 3, 1, 2, ConvertFetchedFrame};
         host_pixels.assign(4 * 3 * 3, 0);
         record.Buffer = host_pixels.data();
         source.clip = 1;
     }
-    void TearDown() override { DLwidth = DLheight = DLscalesr = DLnumProc = 0; }
+    void TearDown() override { frame_context = FrameContextQv{}; }
     std::vector<uint8_t> host_pixels;  // the host leaves fetched frames here
     SparkMemBufStruct record{};
     SourceQv source;
