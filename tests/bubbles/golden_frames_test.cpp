@@ -1,6 +1,7 @@
 // A fixed short sequence of two presets, pre-rolled, rendered through the
 // real plug-in and compared frame by frame with hashes kept in
-// tests/data/golden_hashes.txt.
+// tests/data/golden_hashes.txt. A frame that differs is written to the test
+// output folder with a difference picture against the last frame that passed.
 //
 // A change that alters pixels on purpose regenerates the file in the same
 // commit, saying why in the commit message:
@@ -13,6 +14,7 @@
 #include <sstream>
 #include <string>
 
+#include "golden_report.h"
 #include "preset_host.h"
 
 namespace {
@@ -37,16 +39,22 @@ const GoldenShot kShots[] = {
      {sparkhost::Depth::Bits12, 0.9f, 2}},
 };
 
-// "<shot> <frame> <hash>" for every frame of every shot.
-std::map<std::string, std::string> render_sequence(int processors) {
-    std::map<std::string, std::string> hashes;
+// Every frame of every shot under "<shot> <frame>".
+std::map<std::string, sparkhost::Frame> render_sequence(int processors) {
+    std::map<std::string, sparkhost::Frame> frames;
     for (const GoldenShot &shot : kShots) {
         PresetHost rig(shot.width, shot.height, processors, shot.look);
         rig.choose(shot.preset);
         rig.press_preroll();
         for (int number = 1; number <= kFrames; ++number)
-            hashes[std::string(shot.name) + " " + std::to_string(number)] = frame_hash(rig.render(number));
+            frames[std::string(shot.name) + " " + std::to_string(number)] = rig.render(number);
     }
+    return frames;
+}
+
+std::map<std::string, std::string> hashes_of(const std::map<std::string, sparkhost::Frame> &frames) {
+    std::map<std::string, std::string> hashes;
+    for (const auto &[key, frame] : frames) hashes[key] = frame_hash(frame);
     return hashes;
 }
 
@@ -73,7 +81,8 @@ void write_golden(const std::map<std::string, std::string> &hashes) {
 }  // namespace
 
 TEST(GoldenFrames, TwoPresetsRenderTheKeptFrames) {
-    const std::map<std::string, std::string> rendered = render_sequence(2);
+    const std::map<std::string, sparkhost::Frame> frames = render_sequence(2);
+    const std::map<std::string, std::string> rendered = hashes_of(frames);
     const char *update = std::getenv("FIZZLE_UPDATE_GOLDEN");
     if (update && std::string(update) == "1") {
         write_golden(rendered);
@@ -81,11 +90,17 @@ TEST(GoldenFrames, TwoPresetsRenderTheKeptFrames) {
     }
     const std::map<std::string, std::string> golden = read_golden();
     ASSERT_EQ(golden.size(), rendered.size()) << "no or incomplete " << kGoldenFile;
-    for (const auto &[key, hash] : rendered) EXPECT_EQ(hash, golden.at(key)) << key;
+    for (const auto &[key, hash] : rendered) {
+        if (hash == golden.at(key))
+            keep_reference(key, frames.at(key));
+        else
+            ADD_FAILURE() << key << ": hash " << hash << ", expected " << golden.at(key) << "; "
+                          << report_mismatch(key, frames.at(key), golden.at(key));
+    }
 }
 
 TEST(GoldenFrames, SameFramesOnOneOrThreeProcessors) {
-    const std::map<std::string, std::string> two = render_sequence(2);
-    EXPECT_EQ(render_sequence(1), two);
-    EXPECT_EQ(render_sequence(3), two);
+    const std::map<std::string, std::string> two = hashes_of(render_sequence(2));
+    EXPECT_EQ(hashes_of(render_sequence(1)), two);
+    EXPECT_EQ(hashes_of(render_sequence(3)), two);
 }
