@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "bubbles/bubble_shade.h"
 #include "bubbles/bubbles_info.h"
 #include "bubbles/parameters.h"
 #include "bubbles/particle_set.h"
@@ -143,14 +144,11 @@ public:
     void mp_PartRender(long first, long last);
     int32_t part_render(const tagPARTSET *set, const tagPART *particle, long first, long last,
                         int32_t &counter, int32_t &burst_age);
-    void part_anti_aliased_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
-                                int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
-                                long first, long last, int32_t glint, float light, float lx, float ly,
-                                float lz);
-    void part_exploding_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
-                             int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
-                             long first, long last, int32_t glint, float light, float lx, float ly, float lz,
-                             float extent, float keep, int32_t &counter);
+    void part_anti_aliased_lump(const SpritePlacement &at, const BubbleShade &shade) const;
+    // Scatters the sprite's pixels outwards by up to extent, keeping a share
+    // of them; the draws advance counter the same in every band.
+    void part_exploding_lump(const SpritePlacement &at, const BubbleShade &shade, float extent, float keep,
+                             int32_t &counter) const;
 
     // The render step of part_set_execute, in its three stages, so that a
     // caller may run the bands its own way between begin and end.
@@ -172,9 +170,8 @@ private:
     void part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t use_birth_matte,
                     int32_t &counter);
     void part_advance(tagPARTSET *set, int32_t frame, int32_t congregate);
-    void shade_pixel(PixelQv &target, int32_t I, float nx, float ny, int32_t W, int32_t H, int32_t red,
-                     int32_t green, int32_t blue, int32_t density, int32_t glint, float light, float lx,
-                     float ly, float lz) const;
+    // Blends one sprite pixel of coverage I and normal (nx, ny) into target.
+    static void shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade);
 
     // A burst decided during the render, applied once the bands have joined.
     struct BurstDecision {

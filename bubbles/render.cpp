@@ -153,71 +153,87 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
     if (!set->lumps_corrected || p->size < 0 || p->size >= set->lump_count) return bursts_now;
     const tagPARTLUMP *lump = set->lumps_corrected[p->size];
     if (!lump || !output_image) return bursts_now;
+
+    BubbleShade shade;
+    shade.red = red;
+    shade.green = green;
+    shade.blue = blue;
+    shade.density = int32_t(density);
+    shade.glint = glint;
+    shade.light = light;
+    shade.lx = lx;
+    shade.ly = ly;
+    shade.lz = lz;
+    shade.min_bright = c.min_bright;
+    shade.shine = c.shine;
+    shade.highlight = c.highlight;
+    if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0)
+        shade.reflection = reflection_image;
+    shade.ref_intensity = c.ref_intensity;
+    shade.frame_width = W;
+    shade.frame_height = H;
+    const SpritePlacement at{output_image, lump, px, py, first, last};
     if (!bursting && p->gather_state != 2)
-        part_anti_aliased_lump(output_image, W, H, px, py, red, green, blue, int32_t(density), lump, first, last,
-                               glint, light, lx, ly, lz);
+        part_anti_aliased_lump(at, shade);
     else
-        part_exploding_lump(output_image, W, H, px, py, red, green, blue, int32_t(density), lump, first, last,
-                            glint, light, lx, ly, lz, set->burst_extent, set->burst_keep, counter);
+        part_exploding_lump(at, shade, set->burst_extent, set->burst_keep, counter);
     return bursts_now;
 }
 
-void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, int32_t W, int32_t H, int32_t red,
-                          int32_t green, int32_t blue, int32_t density, int32_t glint, float light, float lx,
-                          float ly, float lz) const {
-    const BubbleParameters &c = parameters;
+void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade) {
+    const BubbleShade &c = shade;
     int64_t ref_red = 0, ref_green = 0, ref_blue = 0, ref_lum = 0;
-    if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0) {
-        const float half_w = float(W) / 2, half_h = float(H) / 2;
+    if (const ImageQv *reflection = shade.reflection) {
+        const float half_w = float(shade.frame_width) / 2, half_h = float(shade.frame_height) / 2;
         int32_t column = int32_t(nx * half_w + half_w);
         int32_t row = int32_t(ny * half_h + half_h);
-        if (column > reflection_image->width - 1) column = reflection_image->width - 1;
+        if (column > reflection->width - 1) column = reflection->width - 1;
         if (column < 0) column = 0;
-        if (row > reflection_image->height - 1) row = reflection_image->height - 1;
+        if (row > reflection->height - 1) row = reflection->height - 1;
         if (row < 0) row = 0;
-        const PixelQv &seen = reflection_image->rows[row][column];
-        ref_red = clamp15((int64_t(seen.red * c.ref_intensity / 100 * double(light)) * I) >> 15);
-        ref_green = clamp15((int64_t(seen.green * c.ref_intensity / 100 * double(light)) * I) >> 15);
-        ref_blue = clamp15((int64_t(seen.blue * c.ref_intensity / 100 * double(light)) * I) >> 15);
+        const PixelQv &seen = reflection->rows[row][column];
+        ref_red = clamp15((int64_t(seen.red * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
+        ref_green = clamp15((int64_t(seen.green * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
+        ref_blue = clamp15((int64_t(seen.blue * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
         ref_lum = (5 * ref_red + 8 * ref_green + 3 * ref_blue) >> 4;
     }
 
     int64_t k, h;
-    if (glint < 0) {
-        k = int64_t(density) * I;
+    if (c.glint < 0) {
+        k = int64_t(c.density) * I;
         h = 0;
     } else {
         float nz2 = 1 - nx * nx - ny * ny;
         if (nz2 < 0.0f) nz2 = 0.0f;
-        float d = float(double(lx * nx + ly * ny) + double(lz) * std::sqrt(double(nz2)));
+        float d = float(double(c.lx * nx + c.ly * ny) + double(c.lz) * std::sqrt(double(nz2)));
         if (d < 0.0f) d = 0.0f;
         if (d > 1.0f) d = 1.0f;
-        k = ((int64_t(density) * glint) >> 15) *
+        k = ((int64_t(c.density) * c.glint) >> 15) *
             int64_t(I * (c.min_bright / 100 + std::pow(double(d), c.shine)));
-        h = int64_t(glint * std::pow(double(d), c.highlight));
+        h = int64_t(c.glint * std::pow(double(d), c.highlight));
     }
     int64_t w = k >> 15;
     if (w > 32768) w = 32768;
     const int64_t v = 32768 - w;
-    target.red = uint16_t(clamp15(ref_red + ((red * w + target.red * v) >> 15) + h));
-    target.green = uint16_t(clamp15(ref_green + ((green * w + target.green * v) >> 15) + h));
-    target.blue = uint16_t(clamp15(ref_blue + ((blue * w + target.blue * v) >> 15) + h));
+    target.red = uint16_t(clamp15(ref_red + ((c.red * w + target.red * v) >> 15) + h));
+    target.green = uint16_t(clamp15(ref_green + ((c.green * w + target.green * v) >> 15) + h));
+    target.blue = uint16_t(clamp15(ref_blue + ((c.blue * w + target.blue * v) >> 15) + h));
     target.alpha = uint16_t(clamp15(ref_lum + target.alpha + w + h));
 }
 
 // Placement is decided against the whole image, never the band, so a bubble
 // is drawn the same however the rows are split; the band only clips writes.
-void Bubbles::part_anti_aliased_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
-                                     int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
-                                     long first, long last, int32_t glint, float light, float lx, float ly,
-                                     float lz) {
+void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShade &shade) const {
+    const tagPARTLUMP *lump = at.lump;
+    ImageQv *image = at.image;
+    const int32_t W = shade.frame_width, px = at.px, py = at.py;
     const int32_t w = lump->width, h = lump->height;
     const int32_t rows = image->height;
     if (px + w / 2 < 0 || px - w / 2 >= W || py + h / 2 < 0 || py - h / 2 >= rows - 1) return;
     const int32_t left = px - w / 2, top = py - h / 2;
     const int32_t columns = W < image->width ? W : image->width;
-    long row_begin = top > first ? top : first;
-    long row_end = top + h - 1 < last ? top + h - 1 : last;
+    long row_begin = top > at.first ? top : at.first;
+    long row_end = top + h - 1 < at.last ? top + h - 1 : at.last;
     if (row_begin < 0) row_begin = 0;
     if (row_end > rows - 1) row_end = rows - 1;
     for (long y = row_begin; y <= row_end; ++y) {
@@ -228,16 +244,16 @@ void Bubbles::part_anti_aliased_lump(ImageQv *image, int32_t W, int32_t H, int32
             if (x < 0 || x >= columns) continue;
             const int32_t I = lump->intensity[sprite_row + sc];
             if (I == 0) continue;
-            shade_pixel(out[x], I, lump->normal_x[sprite_row + sc], lump->normal_y[sprite_row + sc], W, H, red,
-                        green, blue, density, glint, light, lx, ly, lz);
+            shade_pixel(out[x], I, lump->normal_x[sprite_row + sc], lump->normal_y[sprite_row + sc], shade);
         }
     }
 }
 
-void Bubbles::part_exploding_lump(ImageQv *image, int32_t W, int32_t H, int32_t px, int32_t py, int32_t red,
-                                  int32_t green, int32_t blue, int32_t density, const tagPARTLUMP *lump,
-                                  long first, long last, int32_t glint, float light, float lx, float ly, float lz,
-                                  float extent, float keep, int32_t &counter) {
+void Bubbles::part_exploding_lump(const SpritePlacement &at, const BubbleShade &shade, float extent, float keep,
+                                  int32_t &counter) const {
+    const tagPARTLUMP *lump = at.lump;
+    ImageQv *image = at.image;
+    const int32_t W = shade.frame_width, px = at.px, py = at.py;
     const int32_t w = lump->width, h = lump->height;
     const int32_t rows = image->height;
     if (px + w / 2 < 0 || px - w / 2 >= W || py + h / 2 < 0 || py - h / 2 > rows - 1) return;
@@ -245,18 +261,17 @@ void Bubbles::part_exploding_lump(ImageQv *image, int32_t W, int32_t H, int32_t 
     const int32_t columns = W < image->width ? W : image->width;
     for (int32_t sr = 0; sr < h; ++sr) {
         for (int32_t sc = 0; sc < w; ++sc) {
-            const size_t at = size_t(sr) * size_t(w) + size_t(sc);
-            const int32_t I = lump->intensity[at];
-            if (((int64_t(density) * I) >> 15) <= 10) continue;
+            const size_t at_sprite = size_t(sr) * size_t(w) + size_t(sc);
+            const int32_t I = lump->intensity[at_sprite];
+            if (((int64_t(shade.density) * I) >> 15) <= 10) continue;
             // Drawn before the band test: every band walks the same draws.
             const float r = get_safe_random(counter);
             if (2 * (double(r) - 0.5) <= double(keep)) continue;
             const float f = get_safe_random(counter) + 1;
             const int32_t tx = int32_t(float(left + sc - px) * f * extent + float(px));
             const int32_t ty = int32_t(f * float(top + sr - py) * extent + float(py));
-            if (tx < 0 || tx >= columns || ty < first || ty > last || ty < 0 || ty >= rows) continue;
-            shade_pixel(image->rows[ty][tx], I, lump->normal_x[at], lump->normal_y[at], W, H, red, green, blue,
-                        density, glint, light, lx, ly, lz);
+            if (tx < 0 || tx >= columns || ty < at.first || ty > at.last || ty < 0 || ty >= rows) continue;
+            shade_pixel(image->rows[ty][tx], I, lump->normal_x[at_sprite], lump->normal_y[at_sprite], shade);
         }
     }
 }
