@@ -16,6 +16,19 @@
 #include "framework/overlay.h"
 #include "framework/plugin.h"
 
+// Which switches show a control (the "shown" column of the control table).
+enum class VisibilityGroup {
+    Always,
+    Gravity,         // while "Gravity" is on
+    Friction,        // while "Friction" is on
+    Turbulence,      // while "Turbulence" is on
+    Light,           // while "Light" is on
+    LitReflections,  // while "Light" and "Reflections" are both on
+    Burst,           // while "Bubbles Burst" is on
+    BurstOrGather,   // while "Bubbles Burst" or "Congregate" is on
+    Growing,         // while the growth mode is not Assorted
+};
+
 class Bubbles : public PluginQv, public OverlayQv {
 public:
     Bubbles();
@@ -157,15 +170,10 @@ public:
     void part_render_end();
 
 private:
-    // The visibility rules, one per switch or list.
-    void GravityRule();
-    void FrictionRule();
-    void TurbulenceRule();
-    void LightRule();
-    void ReflectionsRule();
-    void BurstProbabilityRule();
-    void SharedBurstRule();
-    void GrowthModeRule();
+    // The visibility rules: whether a group is shown, reading its switches
+    // afresh from the host, and showing or hiding every control of it.
+    bool GroupShown(VisibilityGroup group);
+    void ShowGroup(VisibilityGroup group);
 
     void part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t use_birth_matte,
                     int32_t &counter);

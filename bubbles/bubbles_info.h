@@ -15,9 +15,19 @@
 // directly, because the static GetValue of these classes divides by 100 once
 // more.
 struct BubblesInfo {
-    static constexpr int kControlCount = 62;
+    static constexpr int kControlCount = 13
+#define FIZZLE_INT(...) +1
+#define FIZZLE_FLOAT(...) +1
+#define FIZZLE_POSITION_X(...) +1
+#define FIZZLE_SWITCH(...) +1
+#define FIZZLE_MIRRORED_SWITCH(...) +1
+#define FIZZLE_LIST(...) +1
+#define FIZZLE_COLOUR(...) +1
+#define FIZZLE_DEMOS(...) +1
+#include "bubbles/controls.def"
+        ;
 
-    // Every control, in declaration order.
+    // Every control: the buttons, then the others in control-table order.
     std::array<ControlQv *, kControlCount> controls();
 
     SourceQv inputs[4];  // 0 the scene (copied to the output), 1 birth matte, 2 burst/gather matte, 3 reflection
@@ -32,61 +42,23 @@ struct BubblesInfo {
     LineOverlayQv lightLine;
     BubblesOverlayQv coneEditor;
 
-    // Controls. The buttons come in three groups of four: the host's button
-    // of that title on pages 0, 1 and 2, and a fourth bound to no button.
-    ListControlQv demos;
+    // The buttons come in three groups of four: the host's button of that
+    // title on pages 0, 1 and 2, and a fourth bound to no button.
     ButtonControlQv restart[4];
     ButtonControlQv restartPreRoll[4];
     ButtonControlQv doPreRoll[4];
-    IntegerControlQv preRoll;
     ButtonControlQv advance;
-    IntegerControlQv seed;
-    PositionControlQv left;
-    PositionControlQv right;
-    SizeControlQv positionVar;
-    FloatControlQv density;
-    FloatControlQv lifetime;
-    IntegerControlQv timeMaxSize;
-    CheckboxControlQv useBirthMatte;
-    FloatControlQv initialVelocity;
-    FloatControlQv velocityVar;
-    AngleControlQv velDir;
-    ListControlQv growthMode;
-    FloatControlQv bubbleSize;
-    FloatControlQv bubbleSizeVar;
-    FloatControlQv colourVar;
-    FloatControlQv monoVar;
-    ColourControlQv bubbleColour;
-    ListControlQv fadeMode;
-    CheckboxControlQv gravityOn;
-    FloatControlQv gravity;
-    AngleControlQv gravAngle;
-    CheckboxControlQv frictionOn;
-    FloatControlQv friction;
-    CheckboxControlQv turbulenceOn;
-    FloatControlQv swirlDens;
-    FloatControlQv swirlAmp;
-    FloatControlQv swirlMaxTime;
-    CheckboxControlQv burstOn;
-    FloatControlQv burstProbability;
-    FloatControlQv burstQuantity;  // shared by bursting and congregation
-    FloatControlQv burstExtent;    // shared
-    IntegerControlQv afterlife;    // shared
-    CheckboxControlQv congregate;
-    CheckboxControlQv lightOn;
-    PositionControlQv lightSource;
-    PositionControlQv lightTarget;
-    FloatControlQv lightZ;
-    FloatControlQv glistenTight;
-    AngleControlQv lightSpread;
-    FloatControlQv lightIntensity;
-    FloatControlQv minBright;
-    FloatControlQv shine;
-    FloatControlQv highlight;
-    ColourControlQv lightColour;
-    CheckboxControlQv reflectionsOn;
-    FloatControlQv refIntensity;
-    // Not read by the effect: it mirrors the first page's "Auto Preview",
+
+    // The other controls, as the control table describes them. The "Auto
+    // Preview" switch is not read by the effect: it mirrors the first page's,
     // which the host adapter reads from its own structure.
-    CheckboxControlQv autoPreview;
+#define FIZZLE_INT(n, title, value, min, max, step, flags, member, ...) IntegerControlQv member;
+#define FIZZLE_FLOAT(n, title, value, min, max, step, cls, member, ...) cls member;
+#define FIZZLE_POSITION_X(n, title, value, min, max, step, member, ...) PositionControlQv member;
+#define FIZZLE_SWITCH(n, title, value, member, ...) CheckboxControlQv member;
+#define FIZZLE_MIRRORED_SWITCH(n, title, value, callback, member) CheckboxControlQv member;
+#define FIZZLE_LIST(n, value, member, ...) ListControlQv member;
+#define FIZZLE_COLOUR(n, value, member, ...) ColourControlQv member;
+#define FIZZLE_DEMOS(n, value, member, ...) ListControlQv member;
+#include "bubbles/controls.def"
 };

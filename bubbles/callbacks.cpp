@@ -13,25 +13,24 @@ void Bubbles::RestartPreRollCB(ControlQv &, double) {
     preRollPending = 1;
 }
 
-void Bubbles::GrowthModeCB(ControlQv &, double) { GrowthModeRule(); }
+void Bubbles::GrowthModeCB(ControlQv &, double) { ShowGroup(VisibilityGroup::Growing); }
 
-void Bubbles::DoGravityCB(ControlQv &, double) { GravityRule(); }
+void Bubbles::DoGravityCB(ControlQv &, double) { ShowGroup(VisibilityGroup::Gravity); }
 
-void Bubbles::DoFrictionCB(ControlQv &, double) { FrictionRule(); }
+void Bubbles::DoFrictionCB(ControlQv &, double) { ShowGroup(VisibilityGroup::Friction); }
 
-void Bubbles::DoTurbulenceCB(ControlQv &, double) { TurbulenceRule(); }
+void Bubbles::DoTurbulenceCB(ControlQv &, double) { ShowGroup(VisibilityGroup::Turbulence); }
 
 void Bubbles::DoLightCB(ControlQv &, double) {
-    LightRule();
-    ReflectionsRule();
+    ShowGroup(VisibilityGroup::Light);
+    ShowGroup(VisibilityGroup::LitReflections);
 }
 
-void Bubbles::DoReflectionsCB(ControlQv &, double) { ReflectionsRule(); }
+void Bubbles::DoReflectionsCB(ControlQv &, double) { ShowGroup(VisibilityGroup::LitReflections); }
 
 void Bubbles::DoBubblesBurstCB(ControlQv &, double) {
-    BurstProbabilityRule();
-    SharedBurstRule();
+    ShowGroup(VisibilityGroup::Burst);
+    ShowGroup(VisibilityGroup::BurstOrGather);
 }
 
-void Bubbles::DoCongregateCB(ControlQv &, double) { SharedBurstRule(); }
-
+void Bubbles::DoCongregateCB(ControlQv &, double) { ShowGroup(VisibilityGroup::BurstOrGather); }

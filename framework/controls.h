@@ -55,6 +55,9 @@ public:
     ControlQv() = default;
 
     virtual void Sync() {}
+    // The host adapter's per-frame refresh of the cache from the host: the
+    // same as Sync except where Sync leaves the cache alone on purpose.
+    virtual void Refresh() { Sync(); }
     virtual void Disable(bool flag) { disabled = flag; }
     virtual void Hide(bool flag) { hidden = flag; }
     virtual void ResetKeyframes() {}
@@ -199,6 +202,8 @@ protected:
 class PositionControlQv : public ControlQv {
 public:
     void Sync() override {}  // kept on purpose: static reads see what the cache last held
+    // X and Y from the host's records as fractions of the frame (Y 0 without a Y record).
+    void Refresh() override;
     void Disable(bool flag) override;
     void Hide(bool flag) override;
     void GetValue(double frame, double &x, double &y) const;

@@ -17,6 +17,12 @@ void PositionControlQv::Bound() {
     }
 }
 
+void PositionControlQv::Refresh() {
+    if (!bound()) return;
+    cached_x = x_record()->Value / 100.0;
+    cached_y = y_record ? y_record->Value / 100.0 : 0.0;
+}
+
 void PositionControlQv::GetValue(double frame, double &x, double &y) const {
     if (frame < 0.0 || !bound()) {
         x = cached_x / 100.0;

@@ -1,67 +1,59 @@
 // The channel editor: the animatable parameters in folders, and the names
-// the editor shows for them.
+// the editor shows for them, all from the channel column of the control table.
+#include <algorithm>
 #include <cstddef>
+#include <vector>
 
 #include "host/control_callbacks.h"
 #include "spark/spark.h"
 
 namespace {
 
+// In the order the editor shows them.
+enum class Folder { Style, Location, Bubbles, Velocity, Colour, Gravity, Friction, Turbulence, Burst, Light,
+                    Reflection, Common, None };
+
+const char *const kFolderNames[] = {
+    "Style", "Location", "Bubbles", "Velocity", "Colour", "Gravity", "Friction", "Turbulence", "Burst", "Light",
+    "Refelection",  // spelled so: the host shows this name
+    "Common",
+};
+
 struct Channel {
     int number;
+    Folder folder;
+    int place;  // within the folder, from 1
     const char *name;
 };
 
-struct Folder {
-    const char *name;
-    const Channel *channels;
-    std::size_t count;
+#define CHANNEL(folder, place, name) Folder::folder, place, name
+#define NO_CHANNEL Folder::None, 0, nullptr
+const Channel kTableChannels[] = {
+#define FIZZLE_INT(n, title, value, min, max, step, flags, member, parameter, on_change, shown, channel) {n, channel},
+#define FIZZLE_FLOAT(n, title, value, min, max, step, cls, member, parameter, on_change, shown, channel) {n, channel},
+#define FIZZLE_POSITION_X(n, title, value, min, max, step, member, parameter, on_change, shown, channel) \
+    {n, channel},
+#define FIZZLE_POSITION_Y(n, title, value, min, max, step, parameter, channel) {n, channel},
+#define FIZZLE_SWITCH(n, title, value, member, parameter, on_change, shown, channel) {n, channel},
+#define FIZZLE_HOST_FLOAT(n, title, value, min, max, step, callback, channel) {n, channel},
+#include "bubbles/controls.def"
 };
+#undef NO_CHANNEL
+#undef CHANNEL
 
-const Channel kStyle[] = {
-    {26, "Random Seed"}, {14, "Frames to Full Size"}, {24, "Bubble Size"}, {25, "Bubble Size Variation"}};
-const Channel kLocation[] = {{11, "Emitter Left X"},
-                             {12, "Emitter Left Y"},
-                             {18, "Emitter Right X"},
-                             {19, "Emitter Right Y"},
-                             {17, "Birth Position Variation"}};
-const Channel kBubbles[] = {{16, "Density"}, {13, "Lifetime"}};
-const Channel kVelocity[] = {{20, "Initial Velocity"}, {21, "Velocity Variation"}, {22, "Velocity Direction"}};
-const Channel kColour[] = {{69, "Colour Variation"},
-                           {70, "Brightness Variation"},
-                           {72, "Bubble Colour Red"},
-                           {73, "Bubble Colour Green"},
-                           {74, "Bubble Colour Blue"}};
-const Channel kGravity[] = {{45, "Gravity Strength"}, {46, "Gravity Angle"}};
-const Channel kFriction[] = {{43, "Friction"}};
-const Channel kTurbulence[] = {{39, "Swirl Density"}, {40, "Swirl Amplitude"}, {41, "Swirl Max Time"}};
-const Channel kBurst[] = {
-    {50, "Burst Probability"}, {51, "Burst Quantity"}, {52, "Burst Extent"}, {53, "Afterlife"}};
-const Channel kLight[] = {{100, "Light Source X"},    {101, "Light Source Y"},  {107, "Light Target X"},
-                          {108, "Light Target Y"},    {109, "Light Height"},    {104, "Glisten Tightness"},
-                          {103, "Light Spread"},      {102, "Light Intensity"}, {111, "Minimum Brightness"},
-                          {112, "Shine"},             {113, "Highlight"},       {95, "Light Colour Red"},
-                          {96, "Light Colour Green"}, {97, "Light Colour Blue"}};
-const Channel kReflection[] = {{99, "Reflection Intensity"}};
-// The light switch's curve is where "Import Amplitude File" puts its keys.
-const Channel kCommon[] = {{27, "Blend"}, {93, "Amplitude"}};
-
-#define FOLDER(name, channels) {name, channels, sizeof channels / sizeof channels[0]}
-const Folder kFolders[] = {
-    FOLDER("Style", kStyle),
-    FOLDER("Location", kLocation),
-    FOLDER("Bubbles", kBubbles),
-    FOLDER("Velocity", kVelocity),
-    FOLDER("Colour", kColour),
-    FOLDER("Gravity", kGravity),
-    FOLDER("Friction", kFriction),
-    FOLDER("Turbulence", kTurbulence),
-    FOLDER("Burst", kBurst),
-    FOLDER("Light", kLight),
-    FOLDER("Refelection", kReflection),  // spelled so: the host shows this name
-    FOLDER("Common", kCommon),
-};
-#undef FOLDER
+// The table's channels in the editor's order.
+const std::vector<Channel> &channels() {
+    static const std::vector<Channel> ordered = [] {
+        std::vector<Channel> list;
+        for (const Channel &channel : kTableChannels)
+            if (channel.folder != Folder::None) list.push_back(channel);
+        std::sort(list.begin(), list.end(), [](const Channel &a, const Channel &b) {
+            return a.folder != b.folder ? a.folder < b.folder : a.place < b.place;
+        });
+        return list;
+    }();
+    return ordered;
+}
 
 constexpr int kFolderLevel = 1;
 constexpr int kControlLevel = 2;
@@ -69,18 +61,14 @@ constexpr int kControlLevel = 2;
 }  // namespace
 
 extern "C" SPARK_EXPORT void SparkChannelEditor(void) {
-    const Folder &last_folder = kFolders[sizeof kFolders / sizeof kFolders[0] - 1];
-    const Channel *last = &last_folder.channels[last_folder.count - 1];
-    for (const Folder &folder : kFolders) {
-        sparkCeAddFolder(kFolderLevel, folder.name);
-        for (std::size_t i = 0; i < folder.count; ++i) {
-            const Channel &channel = folder.channels[i];
-            sparkCeAddControl(kControlLevel, &channel == last ? 0 : 1, channel.number);
-        }
+    const std::vector<Channel> &list = channels();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (i == 0 || list[i].folder != list[i - 1].folder)
+            sparkCeAddFolder(kFolderLevel, kFolderNames[int(list[i].folder)]);
+        sparkCeAddControl(kControlLevel, i + 1 == list.size() ? 0 : 1, list[i].number);
     }
 }
 
 void RenameChannelEditorEntries() {
-    for (const Folder &folder : kFolders)
-        for (std::size_t i = 0; i < folder.count; ++i) sparkSetControlName(folder.channels[i].number, folder.channels[i].name);
+    for (const Channel &channel : channels()) sparkSetControlName(channel.number, channel.name);
 }

@@ -31,9 +31,8 @@ ControlQv *framework_control(BubblesInfo &info, int number);
 // exported structures; the fourth button of each group stays unbound.
 void bind_effect_controls(Bubbles &effect);
 
-// Refreshes every bound control's cache from its structure: lists plus 1,
-// integers and floats as they are, "Position Var" and positions divided by
-// 100, switches true when not 0, colours to 15-bit components.
+// Refreshes every bound control's cache from its structure (see
+// ControlQv::Refresh).
 void refresh_control_caches(Bubbles &effect);
 
 // The value handed to an effect handler: a switch's state, a list's item

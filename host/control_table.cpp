@@ -1,5 +1,5 @@
 // The exported control structures and the table listing them, both made
-// from host/control_table.def so that each title and default lives once.
+// from bubbles/controls.def so that each title and default lives once.
 #include "host/control_table.h"
 
 #include "host/amplitude_import.h"
@@ -35,7 +35,7 @@ extern "C" {
 #define SPARK_PUP_CONTROL(n, value, callback, ...) \
     SPARK_EXPORT SparkPupStruct SparkPup##n = {value, entry_count(__VA_ARGS__), callback, {__VA_ARGS__}};
 #define SPARK_COLOR_CONTROL(n, value, callback) SPARK_EXPORT SparkColorStruct SparkColor##n = {value, callback};
-#include "host/control_table.def"
+#include "host/spark_controls.def"
 }
 
 // ---------------------------------------------------------------------------
@@ -56,7 +56,7 @@ const HostControl kHostControls[] = {
     {n, HostControlKind::Pup, first_entry(__VA_ARGS__), value, 0, entry_count(__VA_ARGS__) - 1.0, &SparkPup##n},
 #define SPARK_COLOR_CONTROL(n, value, callback) \
     {n, HostControlKind::Color, nullptr, double(value), 0, double(0xFFFFFFFFu), &SparkColor##n},
-#include "host/control_table.def"
+#include "host/spark_controls.def"
 };
 
 }  // namespace

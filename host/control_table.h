@@ -1,6 +1,6 @@
 // The host control table as data: the exported control structures, their
 // callbacks, and a listing of every control with its kind, title, default
-// and range, all generated from host/control_table.def.
+// and range, all generated from bubbles/controls.def.
 #pragma once
 
 #include <cstddef>
@@ -51,7 +51,7 @@ extern "C" {
 #define SPARK_BOOLEAN_CONTROL(n, title, value, callback) extern SPARK_EXPORT SparkBooleanStruct SparkBoolean##n;
 #define SPARK_PUP_CONTROL(n, value, callback, ...) extern SPARK_EXPORT SparkPupStruct SparkPup##n;
 #define SPARK_COLOR_CONTROL(n, value, callback) extern SPARK_EXPORT SparkColorStruct SparkColor##n;
-#include "host/control_table.def"
+#include "host/spark_controls.def"
 }
 
 // The callbacks the structures name (a name may serve several controls).
@@ -64,4 +64,4 @@ extern "C" {
 #define SPARK_BOOLEAN_CONTROL(n, title, value, callback) unsigned long *callback(int reason, SparkInfoStruct info);
 #define SPARK_PUP_CONTROL(n, value, callback, ...) unsigned long *callback(int reason, SparkInfoStruct info);
 #define SPARK_COLOR_CONTROL(n, value, callback) unsigned long *callback(int reason, SparkInfoStruct info);
-#include "host/control_table.def"
+#include "host/spark_controls.def"
