@@ -38,7 +38,7 @@ const Row kRows[] = {
     {&DemoPreset::vel_dir, 1, {90, 20, 90, 90, 0, 90, 90, 90, 0, 0}},
     {&DemoPreset::growth_mode, 1, {1, 2, 4, 3, 3, 3, 4, 4, 4, 3}},
     {&DemoPreset::bubble_size, 1, {5, 20, 3.66, 25, 25, 12, 25, 8, 40, 9}},
-    {&DemoPreset::bubble_size_var, 1, {17, 100, 18, 100, 50, 100, 100, 11, 100, 50}},
+    {&DemoPreset::size_var, 1, {17, 100, 18, 100, 50, 100, 100, 11, 100, 50}},
     {&DemoPreset::colour_var, 1, {0, 22, 0, 0, 0, 22, 0, 22, 22, 0}},
     {&DemoPreset::mono_var, 1, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
     {&DemoPreset::fade_mode, 1, {3, 3, 3, 3, 3, 3, 3, 3, 3, 3}},

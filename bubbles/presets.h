@@ -15,21 +15,14 @@ struct DemoPreset {
 
     const char *name;  // as in the list entry "Demos: <name>"
 
-    Value preroll, seed;
-    Value left_x, left_y, right_x, right_y;
-    Value position_var;
-    Value density, lifetime, time_max_size, use_birth_matte;
-    Value initial_velocity, velocity_var, vel_dir;
-    Value growth_mode, bubble_size, bubble_size_var, colour_var, mono_var;
-    Value fade_mode;
-    Value gravity_on, gravity, grav_angle;
-    Value friction_on, friction;
-    Value turbulence_on, swirl_dens, swirl_amp, swirl_max_time;
-    Value burst_on, burst_probability, burst_quantity, burst_extent, afterlife;
-    Value congregate;
-    Value light_on, light_source_x, light_source_y, light_target_x, light_target_y;
-    Value light_z, glisten_tight, light_spread, light_intensity, min_bright, shine, highlight;
-    Value reflections_on, ref_intensity;
+    // One value per parameter of bubbles/controls.def, named as the parameter.
+#define FIZZLE_INT(n, title, value, min, max, step, flags, member, parameter, ...) Value parameter;
+#define FIZZLE_FLOAT(n, title, value, min, max, step, cls, member, parameter, ...) Value parameter;
+#define FIZZLE_POSITION_X(n, title, value, min, max, step, member, parameter, ...) Value parameter##_x;
+#define FIZZLE_POSITION_Y(n, title, value, min, max, step, parameter, channel) Value parameter##_y;
+#define FIZZLE_SWITCH(n, title, value, member, parameter, ...) Value parameter;
+#define FIZZLE_LIST(n, value, member, parameter, ...) Value parameter;
+#include "bubbles/controls.def"
 
     // Red, green, blue and a fourth component, 16-bit; every preset gives both colours.
     std::array<uint16_t, 4> bubble_colour;

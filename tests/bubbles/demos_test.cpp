@@ -25,7 +25,7 @@ const std::vector<Landing> &landings() {
         LANDS(preroll), LANDS(seed), LANDS(left_x), LANDS(left_y), LANDS(right_x), LANDS(right_y),
         LANDS(position_var), LANDS(density), LANDS(lifetime), LANDS(time_max_size), LANDS(use_birth_matte),
         LANDS(initial_velocity), LANDS(velocity_var), LANDS(vel_dir), LANDS(growth_mode), LANDS(bubble_size),
-        LANDS_IN(bubble_size_var, size_var), LANDS(colour_var), LANDS(mono_var), LANDS(fade_mode),
+        LANDS(size_var), LANDS(colour_var), LANDS(mono_var), LANDS(fade_mode),
         LANDS(gravity_on), LANDS(gravity), LANDS(grav_angle), LANDS(friction_on), LANDS(friction),
         LANDS(turbulence_on), LANDS(swirl_dens), LANDS(swirl_amp), LANDS(swirl_max_time), LANDS(burst_on),
         LANDS(burst_probability), LANDS(burst_quantity), LANDS(burst_extent), LANDS(afterlife), LANDS(congregate),
