@@ -9,7 +9,7 @@ using ::testing::ElementsAre;
 
 using PositionAndFileControls = HostLogTest;
 
-TEST_F(PositionAndFileControls, PositionReadsBothCurvesInFractionsAndSyncCachesNothing) {
+TEST_F(PositionAndFileControls, PositionReadsBothCurvesInFractionsSyncCachesNothingRefreshDoes) {
     SparkFloatStruct x_host = float_record(1.0f), y_host = float_record(2.0f);
     AuxQv aux;
     aux.y = &y_host;
@@ -25,6 +25,10 @@ TEST_F(PositionAndFileControls, PositionReadsBothCurvesInFractionsAndSyncCachesN
     position.GetValue(-1.0, x, y);
     EXPECT_DOUBLE_EQ(x, 0.3);
     EXPECT_DOUBLE_EQ(y, 0.0);
+    // The adapter's per-frame refresh is what fills the cache, as fractions.
+    position.Refresh();
+    EXPECT_DOUBLE_EQ(position.cached_x, 0.01);
+    EXPECT_DOUBLE_EQ(position.cached_y, 0.02);
 
     position.Disable(true);
     EXPECT_EQ(y_host.Max, 2.0f);
