@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -209,4 +210,22 @@ public:
     // Rescales the live particles from (prevWidth, prevHeight) to the
     // current frame size and picks their sprites for renderScale.
     void remap_particles();
+
+    // ------------------------------------------------------------------
+    // Simulation without drawing, and the state one frame hands the next
+    // (bubbles/simulation_state.cpp).
+    // ------------------------------------------------------------------
+    // Advances the set exactly as process_frame_images would, with every
+    // random draw of the render, but reads no scene or reflection and
+    // writes no pixel: the output only gives the frame's size and ratios.
+    void simulate_frame_images(ImageQv *birth, ImageQv *burst, ImageQv *output, double frame);
+    // The frame state and live particles, in a versioned little-endian
+    // layout; import checks it whole and leaves the effect alone on failure.
+    std::vector<uint8_t> export_state() const;
+    bool import_state(const uint8_t *data, size_t size);
+    // The render step of a frame being simulated: one band without rows
+    // walks every bubble's decisions and draws, so the bursts and the
+    // random counters come out as in a drawn frame.
+    void part_render_decisions();
+    bool drawing = true;  // false while simulate_frame_images runs
 };

@@ -83,7 +83,7 @@ void Bubbles::remap_particles() {
 
 void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burst, ImageQv *reflection,
                                    ImageQv *output, double frame) {
-    if (!scene || !output || !partSet) return;
+    if ((drawing && !scene) || !output || !partSet) return;
     frameWidth = output->width;
     frameHeight = output->height;
     ratioA = float(output->scale_x);
@@ -125,7 +125,7 @@ void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burs
     fill_random_table(&seed_word);
     partSet->seed = int32_t(seed_word);
 
-    output->CopyValues(scene, 1.0f, 1.0f, 1.0f, 1.0f);
+    if (drawing) output->CopyValues(scene, 1.0f, 1.0f, 1.0f, 1.0f);
 
     const float emitter_x[2] = {float(frameWidth * parameters.left_x), float(frameWidth * parameters.right_x)};
     const float emitter_y[2] = {float(frameHeight * parameters.left_y), float(frameHeight * parameters.right_y)};
@@ -160,5 +160,5 @@ void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burs
     if (count >= 1)
         part_set_execute(partSet, birth_x, birth_y, count, int32_t(frame), use_birth_matte, congregate);
 
-    if (!skip_matte_copy) output->CopyAlpha(scene);
+    if (drawing && !skip_matte_copy) output->CopyAlpha(scene);
 }

@@ -35,7 +35,10 @@ int32_t Bubbles::part_set_execute(tagPARTSET *set, const float *xs, const float 
     part_birth(set, xs, ys, n, use_birth_matte, counter);
     if (!set->preroll) {
         part_render_begin(set);
-        part_render_bands();
+        if (drawing)
+            part_render_bands();
+        else
+            part_render_decisions();
         part_render_end();
     }
     part_advance(set, frame, congregate);

@@ -7,6 +7,7 @@
 #include "framework/pause.h"
 #include "host/conversion.h"
 #include "host/effect_binding.h"
+#include "host/frame_buffers.h"
 #include "host/globals.h"
 #include "host/proxy_divisor.h"
 #include "host/startup.h"
@@ -16,49 +17,6 @@ namespace {
 
 constexpr int kBuffersNeeded8 = 2;
 constexpr int kBuffersNeeded12 = 2;
-
-ImageQv *convert_in(const void *pixels, double aspect, int copy) {
-    if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
-    return ConvertFromDLImage8(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
-}
-
-void convert_out(const ImageQv *image, void *pixels) {
-    if (deep12)
-        ConvertToDLImage12(image, pixels, DLwidth, DLheight, DLscalesr);
-    else
-        ConvertToDLImage8(image, pixels, DLwidth, DLheight, DLscalesr);
-}
-
-// Asks the host for a frame buffer. A refusal is the host's to report; a
-// buffer without pixels, or too small for the frame, is reported here.
-bool get_buffer(int id, SparkMemBufStruct &buffer) {
-    if (!sparkMemGetBuffer(id, &buffer)) return false;
-    if (!buffer.Buffer) {
-        PrintError("Fizzle: the host gave buffer %d without pixels; frame not processed\n", id);
-        return false;
-    }
-    const size_t needed = size_t(DLwidth > 0 ? DLwidth : 0) * size_t(DLheight > 0 ? DLheight : 0) *
-                          (deep12 ? 6u : 3u);
-    if (buffer.BufSize != 0 && buffer.BufSize < needed) {
-        PrintError("Fizzle: buffer %d holds %zu bytes but a %dx%d frame needs %zu; frame not processed\n",
-                   id, buffer.BufSize, DLwidth, DLheight, needed);
-        return false;
-    }
-    return true;
-}
-
-// Fetches an input clip's buffer and converts it into its source. False when
-// there is no usable buffer for it.
-bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect) {
-    if (!get_buffer(id, buffer)) return false;
-    SourceQv &source = effect_source(index);
-    source.clip = id - 2;
-    source.deep = uint8_t(deep12);
-    source.time = 0.0;
-    delete source.image;  // only left over when an earlier frame stopped half way
-    source.image = convert_in(buffer.Buffer, aspect, 1);
-    return true;
-}
 
 }  // namespace
 

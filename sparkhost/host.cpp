@@ -201,10 +201,11 @@ void Host::uninitialise(int frame) {
     started_ = false;
 }
 
-void Host::prepare_frame(int frame) {
+void Host::prepare_frame(int frame, unsigned clips) {
     if (frame < 1) throw Error("frame numbers start at 1, not " + std::to_string(frame));
     const FrameFormat &format = settings_.format;
     for (int clip = 0; clip < kClipCount; ++clip) {
+        if (!(clips & (1u << clip))) continue;
         Frame picture;
         try {
             picture = inputs_[clip]->frame(frame, format);

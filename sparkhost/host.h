@@ -53,6 +53,7 @@ namespace sparkhost {
 enum ClipIndex { kScene = 0, kBirth = 1, kBurst = 2, kReflection = 3 };
 constexpr int kClipCount = 4;
 constexpr int kOutputBufferId = 1;
+constexpr unsigned kAllClips = (1u << kClipCount) - 1;
 const char *clip_name(int clip);  // "scene", "birth", "burst", "reflection"
 
 struct Message {
@@ -131,10 +132,23 @@ public:
     // Fills the four input buffers for a frame and clears the output buffer;
     // process() does this itself. Callers that invoke plug-in callbacks
     // directly use it to get the buffers ready.
-    void prepare_frame(int frame);
+    // clips: one bit per input clip to fill; the others keep what they held.
+    void prepare_frame(int frame, unsigned clips = kAllClips);
     SparkInfoStruct info_record(int frame) const;
     const Frame &output_buffer() const { return output_; }
     const std::string &last_failure() const { return last_failure_; }
+
+    // --- simulation and state (spark_state.h; host_state.cpp) ----------------
+    // True when the plug-in simulates without drawing and exports and
+    // imports its state; otherwise a frame can only be had by rendering
+    // every frame before it.
+    bool can_simulate() const;
+    // Advances the plug-in by one frame as process(frame) would, without a
+    // picture. Throws Error when the plug-in refuses the frame.
+    void simulate(int frame);
+    std::vector<uint8_t> export_state();
+    // False when the plug-in refused the state (it is then unchanged).
+    bool import_state(const std::vector<uint8_t> &state);
 
     // --- controls ------------------------------------------------------------
     // The loaded plug-in's controls. load() registers them for the spark*

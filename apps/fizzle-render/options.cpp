@@ -7,6 +7,7 @@
 #include <regex>
 
 #include "overlay_output.h"
+#include "shot_runner.h"
 #include "sparkhost/error.h"
 #include "sparkhost/resolution.h"
 #include "sparkhost/text_match.h"
@@ -116,6 +117,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                    "Output file pattern, e.g. out/frame.%04d.png; the extension picks the format "
                    "(png, tif, exr, dpx, jpg); needed unless only listing or saving a setup");
     add_overlay_options(app, options);
+    add_shot_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
 
@@ -153,8 +155,10 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
 }
 
 void resolve_options(RenderOptions &options) {
-    if (options.output.empty() && !options.list_controls && !options.list_presets && options.save_setup.empty())
+    if (options.output.empty() && !options.list_controls && !options.list_presets && options.save_setup.empty() &&
+        !options.simulate_only)
         throw Error("--output is required (unless only --list-controls, --list-presets or --save-setup is asked for)");
+    check_shot_options(options);
     for (const std::string &text : options.set_texts) options.sets.push_back(parse_assignment(text));
     for (const std::string &text : options.animate_texts) options.animations.push_back(parse_animation(text));
     if (!options.import_amplitude.empty() && !std::ifstream(options.import_amplitude))

@@ -61,8 +61,17 @@ struct RenderOptions {
     bool list_controls = false;
     bool list_presets = false;
 
+    // The shot always starts at frame 1: frames before --frames are
+    // simulated (or taken from the cache) so each frame comes out as in one
+    // run from frame 1.
+    std::string cache_dir;    // checkpoints of the simulation; empty: none
+    int cache_every = 25;     // a checkpoint after every Nth frame
+    bool simulate_only = false;  // fill the cache, write no frame
+    bool skip_existing = false;  // frames whose output exists are simulated, not rendered
+
     // Nothing to render: only listing or saving a setup.
-    bool renders() const { return !output.empty(); }
+    bool renders() const { return !output.empty() || simulate_only; }
+    bool writes_frames() const { return !output.empty() && !simulate_only; }
 
     int frame_count() const { return last_frame - first_frame + 1; }
 };

@@ -13,6 +13,8 @@
 #include "host_setup.h"
 #include "overlay_output.h"
 #include "progress.h"
+#include "shot_runner.h"
+#include "frame_output.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/image_io.h"
@@ -76,10 +78,8 @@ int render(const RenderOptions &options) {
     Progress progress(options.frame_count(), !options.quiet && isatty(STDERR_FILENO));
     sparkhost::Host host(host_settings(options, progress));
     attach_inputs(host, options);
-    if (options.renders()) {
-        host.check_inputs(options.first_frame, options.last_frame);
-        check_output(options);
-    }
+    if (options.renders()) host.check_inputs(options.first_frame, options.last_frame);
+    if (options.writes_frames()) check_output(options);
 
     host.load(plugin_path(options));
     for (const char *entry : {"SparkInitialise", "SparkProcess", "SparkUnInitialise"})
@@ -101,14 +101,24 @@ int render(const RenderOptions &options) {
     if (options.list_controls) list_controls(plugin_controls(host), stdout);
     if (!options.renders()) return 0;
     OverlayOutput overlay(host, options);
+    ShotRunner shot(host, options, [&progress](const std::string &note) {
+        progress.clear_line();
+        std::fprintf(stderr, "fizzle-render: note: %s\n", note.c_str());
+    });
+    shot.catch_up();
 
     sparkhost::FramePattern output(options.output);
     progress.start();
     for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
-        std::optional<sparkhost::Frame> picture = host.process(frame);
-        if (!picture) throw Error(host.last_failure());
-        overlay.apply(frame, *picture);
-        sparkhost::write_image(output.path(frame), *picture);
+        if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
+            shot.advance(frame);
+        } else {
+            std::optional<sparkhost::Frame> picture = host.process(frame);
+            if (!picture) throw Error(host.last_failure());
+            overlay.apply(frame, *picture);
+            write_frame_whole(output.path(frame), *picture);
+        }
+        shot.frame_done(frame);
         progress.frame_done(frame);
     }
     host.uninitialise(options.last_frame);

@@ -1,0 +1,153 @@
+// The checkpoint file: a fixed header, then the plug-in's state as it gave it.
+//
+//     0  "FZCHECK\0"   8 bytes
+//     8  version       u32, little-endian (1)
+//    12  frame         u32
+//    16  key           u64, the shot and its inputs up to the frame
+//    24  state size    u64
+//    32  checksum      u64, FNV-1a of bytes 8..31 and the state
+//    40  state
+#include "checkpoints.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kMagic[8] = {'F', 'Z', 'C', 'H', 'E', 'C', 'K', '\0'};
+constexpr uint32_t kVersion = 1;
+constexpr size_t kHeaderBytes = 40;
+
+void put(std::vector<uint8_t> &out, uint64_t value, int bytes) {
+    for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(value >> (8 * i)));
+}
+
+uint64_t get(const uint8_t *at, int bytes) {
+    uint64_t value = 0;
+    for (int i = 0; i < bytes; ++i) value |= uint64_t(at[i]) << (8 * i);
+    return value;
+}
+
+uint64_t checksum(const uint8_t *header, const uint8_t *state, size_t size) {
+    return fnv1a(state, size, fnv1a(header + 8, 24));
+}
+
+std::string hex(uint64_t value) {
+    char text[17];
+    std::snprintf(text, sizeof text, "%016" PRIx64, value);
+    return text;
+}
+
+}  // namespace
+
+uint64_t fnv1a(const void *data, size_t size, uint64_t hash) {
+    const auto *bytes = static_cast<const uint8_t *>(data);
+    for (size_t i = 0; i < size; ++i) {
+        hash ^= bytes[i];
+        hash *= 0x100000001b3ull;
+    }
+    return hash;
+}
+
+CheckpointStore::CheckpointStore(std::string directory, uint64_t shot,
+                                 std::function<void(const std::string &)> notes)
+    : directory_(std::move(directory)), shot_(shot), notes_(std::move(notes)) {}
+
+std::string CheckpointStore::path(int frame) const {
+    char number[16];
+    std::snprintf(number, sizeof number, "%06d", frame);
+    return (fs::path(directory_) / ("fizzle-" + hex(shot_) + "." + number + ".state")).string();
+}
+
+bool CheckpointStore::has(int frame) const {
+    std::error_code error;
+    return fs::is_regular_file(path(frame), error);
+}
+
+std::optional<Checkpoint> CheckpointStore::read(const std::string &file, int frame, uint64_t key) {
+    std::ifstream in(file, std::ios::binary);
+    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    auto ignored = [&](const std::string &why) {
+        notes_("checkpoint '" + file + "' ignored: " + why);
+        return std::nullopt;
+    };
+    if (!in.eof() && !in) return ignored("cannot be read");
+    if (bytes.size() < kHeaderBytes || std::memcmp(bytes.data(), kMagic, 8) != 0)
+        return ignored("not a checkpoint file");
+    const uint64_t version = get(&bytes[8], 4);
+    if (version > kVersion) return ignored("made by a newer version (format " + std::to_string(version) + ")");
+    if (version != kVersion) return ignored("format " + std::to_string(version) + " is not understood");
+    const uint64_t size = get(&bytes[24], 8);
+    if (bytes.size() != kHeaderBytes + size) return ignored("truncated or padded");
+    if (checksum(bytes.data(), bytes.data() + kHeaderBytes, size) != get(&bytes[32], 8))
+        return ignored("bad checksum");
+    if (int(get(&bytes[12], 4)) != frame || get(&bytes[16], 8) != key)
+        return ignored("made for another setup or other inputs");
+    return Checkpoint{frame, std::vector<uint8_t>(bytes.begin() + kHeaderBytes, bytes.end())};
+}
+
+std::optional<int> CheckpointStore::restore(int frame, const std::function<uint64_t(int)> &key_at,
+                                            const std::function<bool(const std::vector<uint8_t> &)> &accept) {
+    const std::string prefix = "fizzle-" + hex(shot_) + ".";
+    std::vector<int> frames;
+    std::error_code error;
+    for (fs::directory_iterator it(directory_, error), end; !error && it != end; it.increment(error)) {
+        const std::string name = it->path().filename().string();
+        if (name.size() != prefix.size() + 12 || name.compare(0, prefix.size(), prefix) != 0 ||
+            name.compare(prefix.size() + 6, 6, ".state") != 0)
+            continue;
+        const std::string digits = name.substr(prefix.size(), 6);
+        if (!std::all_of(digits.begin(), digits.end(), ::isdigit)) continue;
+        const int number = std::stoi(digits);
+        if (number >= 1 && number <= frame) frames.push_back(number);
+    }
+    std::sort(frames.rbegin(), frames.rend());
+    for (int number : frames) {
+        std::optional<Checkpoint> checkpoint = read(path(number), number, key_at(number));
+        if (!checkpoint) continue;
+        if (accept(checkpoint->state)) return number;
+        notes_("checkpoint '" + path(number) + "' ignored: the plug-in refused its state");
+    }
+    return std::nullopt;
+}
+
+bool CheckpointStore::save(int frame, uint64_t key, const std::vector<uint8_t> &state) {
+    std::vector<uint8_t> bytes(kMagic, kMagic + 8);
+    put(bytes, kVersion, 4);
+    put(bytes, uint32_t(frame), 4);
+    put(bytes, key, 8);
+    put(bytes, state.size(), 8);
+    put(bytes, checksum(bytes.data(), state.data(), state.size()), 8);
+    bytes.insert(bytes.end(), state.begin(), state.end());
+
+    const std::string final_path = path(frame);
+    const std::string temporary = final_path + ".tmp-" + std::to_string(getpid());
+    {
+        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char *>(bytes.data()), std::streamsize(bytes.size()));
+        out.flush();
+        if (!out) {
+            std::error_code ignored;
+            fs::remove(temporary, ignored);
+            notes_("cannot write checkpoint '" + final_path + "': " + std::strerror(errno));
+            return false;
+        }
+    }
+    std::error_code error;
+    fs::rename(temporary, final_path, error);
+    if (error) {
+        fs::remove(temporary, error);
+        notes_("cannot write checkpoint '" + final_path + "': " + error.message());
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,158 @@
+// Frames simulated without drawing, and the state one frame hands the next:
+// what a host needs to start a shot anywhere and still get the same bytes.
+#include <cstring>
+
+#include "bubbles/bubbles.h"
+
+namespace {
+
+constexpr char kStateMagic[4] = {'F', 'Z', 'S', 'T'};
+// Raise whenever the layout below changes: older states are then refused.
+constexpr uint32_t kStateVersion = 1;
+constexpr size_t kHeaderBytes = 4 + 4 + 12 * 4 + 4;
+constexpr size_t kParticleBytes = 18 * 4;
+
+class Writer {
+public:
+    explicit Writer(std::vector<uint8_t> &out) : out_(out) {}
+    void u32(uint32_t value) {
+        for (int i = 0; i < 4; ++i) out_.push_back(uint8_t(value >> (8 * i)));
+    }
+    void i32(int32_t value) { u32(uint32_t(value)); }
+    void f32(float value) {
+        uint32_t bits;
+        std::memcpy(&bits, &value, 4);
+        u32(bits);
+    }
+
+private:
+    std::vector<uint8_t> &out_;
+};
+
+class Reader {
+public:
+    explicit Reader(const uint8_t *data) : at_(data) {}
+    uint32_t u32() {
+        uint32_t value = 0;
+        for (int i = 0; i < 4; ++i) value |= uint32_t(at_[i]) << (8 * i);
+        at_ += 4;
+        return value;
+    }
+    int32_t i32() { return int32_t(u32()); }
+    float f32() {
+        const uint32_t bits = u32();
+        float value;
+        std::memcpy(&value, &bits, 4);
+        return value;
+    }
+
+private:
+    const uint8_t *at_;
+};
+
+}  // namespace
+
+void Bubbles::simulate_frame_images(ImageQv *birth, ImageQv *burst, ImageQv *output, double frame) {
+    drawing = false;
+    process_frame_images(nullptr, birth, burst, nullptr, output, frame);
+    drawing = true;
+}
+
+void Bubbles::part_render_decisions() {
+    // Rows 0..-1: every band's walk, clipped to nothing.
+    mp_PartRender(0, -1);
+}
+
+std::vector<uint8_t> Bubbles::export_state() const {
+    std::vector<uint8_t> out;
+    Writer w(out);
+    for (char c : kStateMagic) out.push_back(uint8_t(c));
+    w.u32(kStateVersion);
+    w.i32(frameWidth);
+    w.i32(frameHeight);
+    w.f32(ratioA);
+    w.f32(ratioB);
+    w.f32(lumpAspect);
+    w.i32(firstFrame);
+    w.f32(renderScale);
+    w.i32(restartPending);
+    w.i32(preRollPending);
+    w.i32(requestSpare);
+    w.i32(prevWidth);
+    w.i32(prevHeight);
+    uint32_t count = 0;
+    for (const tagPART *p = partSet ? partSet->live_list : nullptr; p; p = p->next) ++count;
+    w.u32(count);
+    out.reserve(out.size() + count * kParticleBytes);
+    for (const tagPART *p = partSet ? partSet->live_list : nullptr; p; p = p->next) {
+        for (float value : {p->prev_x, p->prev_y, p->x, p->y, p->vx, p->vy, p->colour[0], p->colour[1],
+                            p->colour[2], p->colour[3]})
+            w.f32(value);
+        for (int32_t value : {p->age, p->life, p->max_age, p->bursting, p->gather_state, p->size, p->size_prev,
+                              p->size_birth})
+            w.i32(value);
+    }
+    return out;
+}
+
+bool Bubbles::import_state(const uint8_t *data, size_t size) {
+    if (!partSet || !data || size < kHeaderBytes || std::memcmp(data, kStateMagic, 4) != 0) return false;
+    Reader r(data + 4);
+    if (r.u32() != kStateVersion) return false;
+    const int32_t width_in = r.i32(), height_in = r.i32();
+    const float ratio_a = r.f32(), ratio_b = r.f32(), lump_aspect = r.f32();
+    const int32_t first_frame = r.i32();
+    const float render_scale = r.f32();
+    const int32_t restart = r.i32(), preroll = r.i32(), spare = r.i32();
+    const int32_t prev_width = r.i32(), prev_height = r.i32();
+    const uint32_t count = r.u32();
+    if (size != kHeaderBytes + size_t(count) * kParticleBytes) return false;
+
+    // Sprites first: the only step that can fail for want of memory.
+    if (lump_aspect != -400.0f && !part_set_correct_lumps(partSet, lump_aspect)) {
+        lumpAspect = -400.0f;  // the next frame rebuilds them
+        return false;
+    }
+    frameWidth = width_in;
+    frameHeight = height_in;
+    ratioA = ratio_a;
+    ratioB = ratio_b;
+    lumpAspect = lump_aspect;
+    firstFrame = first_frame;
+    renderScale = render_scale;
+    restartPending = restart;
+    preRollPending = preroll;
+    requestSpare = spare;
+    prevWidth = prev_width;
+    prevHeight = prev_height;
+
+    part_set_free_all(partSet);
+    tagPART *tail = nullptr;
+    for (uint32_t i = 0; i < count; ++i) {
+        tagPART *p = part_alloc(partSet);
+        if (!p) break;  // out of memory: keep the bubbles that fit
+        p->prev_x = r.f32();
+        p->prev_y = r.f32();
+        p->x = r.f32();
+        p->y = r.f32();
+        p->vx = r.f32();
+        p->vy = r.f32();
+        for (float &channel : p->colour) channel = r.f32();
+        p->age = r.i32();
+        p->life = r.i32();
+        p->max_age = r.i32();
+        p->bursting = r.i32();
+        p->gather_state = r.i32();
+        p->size = r.i32();
+        p->size_prev = r.i32();
+        p->size_birth = r.i32();
+        p->next = nullptr;
+        if (tail)
+            tail->next = p;
+        else
+            partSet->live_list = p;
+        tail = p;
+        partSet->live_count += 1;
+    }
+    return true;
+}

@@ -1,0 +1,49 @@
+// Frame buffers of the host, fetched, checked and converted for the effect.
+#include "host/frame_buffers.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/messages.h"
+#include "host/conversion.h"
+#include "host/effect_binding.h"
+#include "host/globals.h"
+
+ImageQv *convert_in(const void *pixels, double aspect, int copy) {
+    if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
+    return ConvertFromDLImage8(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
+}
+
+void convert_out(const ImageQv *image, void *pixels) {
+    if (deep12)
+        ConvertToDLImage12(image, pixels, DLwidth, DLheight, DLscalesr);
+    else
+        ConvertToDLImage8(image, pixels, DLwidth, DLheight, DLscalesr);
+}
+
+bool get_buffer(int id, SparkMemBufStruct &buffer) {
+    if (!sparkMemGetBuffer(id, &buffer)) return false;
+    if (!buffer.Buffer) {
+        PrintError("Fizzle: the host gave buffer %d without pixels; frame not processed\n", id);
+        return false;
+    }
+    const size_t needed = size_t(DLwidth > 0 ? DLwidth : 0) * size_t(DLheight > 0 ? DLheight : 0) *
+                          (deep12 ? 6u : 3u);
+    if (buffer.BufSize != 0 && buffer.BufSize < needed) {
+        PrintError("Fizzle: buffer %d holds %zu bytes but a %dx%d frame needs %zu; frame not processed\n",
+                   id, buffer.BufSize, DLwidth, DLheight, needed);
+        return false;
+    }
+    return true;
+}
+
+bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect) {
+    if (!get_buffer(id, buffer)) return false;
+    SourceQv &source = effect_source(index);
+    source.clip = id - 2;
+    source.deep = uint8_t(deep12);
+    source.time = 0.0;
+    delete source.image;  // only left over when an earlier frame stopped half way
+    source.image = convert_in(buffer.Buffer, aspect, 1);
+    return true;
+}

@@ -1,0 +1,97 @@
+// The optional entry points of spark_state.h: a frame simulated without
+// drawing, and the effect's state exported and imported whole.
+#include <cstring>
+
+#include "host/effect_binding.h"
+#include "host/frame_buffers.h"
+#include "host/globals.h"
+#include "host/proxy_divisor.h"
+#include "host/simulation_binding.h"
+#include "spark/spark_state.h"
+
+namespace {
+
+// The sources SparkProcess would fetch that simulation reads, by clip.
+struct ClipBuffer {
+    int id;
+    SparkMemBufStruct *buffer;
+};
+
+void drop_images() {
+    for (int index = 0; index < 4; ++index) {
+        SourceQv &source = effect_source(index);
+        delete source.image;
+        source.image = nullptr;
+    }
+    ResultQv &result = effect_result();
+    delete result.image;
+    result.image = nullptr;
+}
+
+}  // namespace
+
+extern "C" {
+
+SPARK_EXPORT unsigned int SparkSimulateClips(void) { return simulated_clip_mask(); }
+
+// The frame cycle of SparkProcess up to the effect's step, with only the
+// clips the simulation reads, and no drawing, blending or writing back.
+SPARK_EXPORT int SparkSimulate(SparkInfoStruct info) {
+    PluginQv &effect = effect_instance();
+    effect.pen_pressure = 0.0f;
+    if (no_buffers) return 0;
+
+    const int divisor = ProxyDivisorFor(resolution_list_value());
+    SparkGraphInfoStruct graph{};
+    sparkGraphSetup(&graph);
+    const double aspect = graph.PixelAspectRatio;
+
+    DLheight = info.FrameHeight;
+    DLwidth = info.FrameWidth;
+    DLscalesr = divisor;
+    DLnumProc = info.NumProcessors;
+    effect.skip_matte_copy = 0;
+    effect.current_frame = double(info.FrameNo);
+    effect.frame_count = double(info.TotalFrames);
+
+    const ClipBuffer clips[4] = {{SourceIDInput, &SourceBufInput},
+                                 {SourceIDInput2, &SourceBufInput2},
+                                 {SourceIDInput3, &SourceBufInput3},
+                                 {SourceIDInput4, &SourceBufInput4}};
+    const unsigned wanted = simulated_clip_mask();
+    for (int index = 0; index < 4; ++index) {
+        if (!(wanted & (1u << index))) continue;
+        if (!load_source(index, clips[index].id, *clips[index].buffer, aspect)) {
+            drop_images();
+            return 0;
+        }
+    }
+    if (!get_buffer(ResultIDOutput, ResultBufOutput)) {
+        drop_images();
+        return 0;
+    }
+    ResultQv &result = effect_result();
+    delete result.image;
+    result.image = convert_in(ResultBufOutput.Buffer, aspect, 0);
+
+    refresh_cached_control_values();
+    if (DL_Sync_Ctrl == 1) {
+        effect.SyncControls();
+        DL_Sync_Ctrl = 0;
+    }
+    simulate_effect_frame();
+    drop_images();
+    return 1;
+}
+
+SPARK_EXPORT size_t SparkStateExport(void *buffer, size_t capacity) {
+    const std::vector<uint8_t> state = export_effect_state();
+    if (buffer && capacity >= state.size()) std::memcpy(buffer, state.data(), state.size());
+    return state.size();
+}
+
+SPARK_EXPORT int SparkStateImport(const void *data, size_t size) {
+    return import_effect_state(static_cast<const uint8_t *>(data), size) ? 1 : 0;
+}
+
+}  // extern "C"
