@@ -105,11 +105,11 @@ int render(const RenderOptions &options) {
         progress.clear_line();
         std::fprintf(stderr, "fizzle-render: note: %s\n", note.c_str());
     });
-    shot.catch_up();
+    const int start = shot.catch_up();
 
     sparkhost::FramePattern output(options.output);
     progress.start();
-    for (int frame = options.first_frame; frame <= options.last_frame; ++frame) {
+    for (int frame = start; frame <= options.last_frame; ++frame) {
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
             shot.advance(frame);
         } else {

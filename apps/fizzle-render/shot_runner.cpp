@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -146,12 +147,14 @@ void ShotRunner::advance(int frame) {
     if (!host_.process(frame)) throw Error(host_.last_failure());
 }
 
-void ShotRunner::catch_up() {
+int ShotRunner::catch_up() {
     const int target = options_.first_frame - 1;
+    // Filling the cache goes on from the newest checkpoint it already holds.
+    const int newest = options_.simulate_only ? options_.last_frame : target;
     int next = 1;
-    if (store_ && target >= 1) {
+    if (store_ && newest >= 1) {
         std::optional<int> restored = store_->restore(
-            target, [this](int frame) { return key_at(frame); },
+            newest, [this](int frame) { return key_at(frame); },
             [this](const std::vector<uint8_t> &state) { return host_.import_state(state); });
         if (restored) {
             restored_from_ = *restored;
@@ -163,6 +166,7 @@ void ShotRunner::catch_up() {
         advance(frame);
         frame_done(frame);
     }
+    return std::max(next, options_.first_frame);
 }
 
 void ShotRunner::frame_done(int frame) {

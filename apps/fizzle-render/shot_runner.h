@@ -24,8 +24,10 @@ public:
     // state then is part of the shot's key. notes: one-line remarks.
     ShotRunner(sparkhost::Host &host, const RenderOptions &options, std::function<void(const std::string &)> notes);
 
-    // Brings the plug-in to the state after frame first_frame - 1.
-    void catch_up();
+    // Brings the plug-in to the state after frame first_frame - 1 and
+    // returns the frame to go on with: first_frame, or later when only
+    // filling the cache and it already holds a newer checkpoint.
+    int catch_up();
     // Advances one frame without a picture (simulated when the plug-in
     // can, otherwise rendered and dropped).
     void advance(int frame);

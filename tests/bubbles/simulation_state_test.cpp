@@ -1,0 +1,73 @@
+// Frames simulated without drawing, and the state carried from one plug-in
+// instance to another, must leave the shot exactly as rendering every frame.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "preset_host.h"
+
+namespace {
+
+constexpr int kWidth = 96, kHeight = 54;
+constexpr int kJoin = 14, kLast = 24;  // frames before kJoin are skipped over
+
+// Presets with bursts (Bubbly), bursts and congregation (Gathering), a birth
+// matte (Champagne) and strong turbulence (Swirly).
+const char *const kPresets[] = {"Bubbly", "Gathering", "Champagne", "Swirly"};
+
+void start(PresetHost &rig, const std::string &preset, bool preroll) {
+    rig.choose(preset);
+    if (preroll) rig.press_preroll();
+}
+
+std::vector<std::string> rendered(PresetHost &rig, int first, int last) {
+    std::vector<std::string> hashes;
+    for (int frame = first; frame <= last; ++frame) hashes.push_back(frame_hash(rig.render(frame)));
+    return hashes;
+}
+
+}  // namespace
+
+TEST(SimulatedFrames, LeaveTheShotAsRenderingThemWouldForEveryKindOfPreset) {
+    for (const char *preset : kPresets)
+        for (bool preroll : {false, true}) {
+            SCOPED_TRACE(std::string(preset) + (preroll ? " with pre-roll" : ""));
+            PresetHost drawn(kWidth, kHeight, 2), simulated(kWidth, kHeight, 3);
+            start(drawn, preset, preroll);
+            start(simulated, preset, preroll);
+            rendered(drawn, 1, kJoin - 1);
+            for (int frame = 1; frame < kJoin; ++frame) simulated.host->simulate(frame);
+            EXPECT_EQ(rendered(drawn, kJoin, kLast), rendered(simulated, kJoin, kLast));
+        }
+}
+
+TEST(EffectState, ImportedIntoAFreshInstanceContinuesTheShotByteForByte) {
+    for (const char *preset : {"Gathering", "Champagne"}) {
+        SCOPED_TRACE(preset);
+        PresetHost first(kWidth, kHeight), second(kWidth, kHeight);
+        start(first, preset, true);
+        start(second, preset, true);
+        rendered(first, 1, kJoin - 1);
+        const std::vector<uint8_t> state = first.host->export_state();
+        ASSERT_TRUE(second.host->import_state(state));
+        EXPECT_EQ(second.host->export_state(), state);
+        EXPECT_EQ(rendered(first, kJoin, kLast), rendered(second, kJoin, kLast));
+    }
+}
+
+TEST(EffectState, RefusesDamagedOrForeignStatesAndKeepsItsOwn) {
+    PresetHost rig(kWidth, kHeight);
+    start(rig, "Bubbly", true);
+    rendered(rig, 1, 5);
+    const std::vector<uint8_t> good = rig.host->export_state();
+    std::vector<uint8_t> truncated(good.begin(), good.end() - 1);
+    std::vector<uint8_t> foreign = good;
+    foreign[0] = 'X';
+    std::vector<uint8_t> newer = good;
+    newer[4] += 1;  // the layout's version
+    for (const auto &bad : {truncated, foreign, newer, std::vector<uint8_t>()}) {
+        EXPECT_FALSE(rig.host->import_state(bad));
+        EXPECT_EQ(rig.host->export_state(), good);
+    }
+}
