@@ -2,7 +2,8 @@
 # Installs the Debian packages Fizzle builds with, only those missing.
 set -e
 PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
-libgtest-dev libgmock-dev libbenchmark-dev"
+libgtest-dev libgmock-dev libbenchmark-dev \
+slurm-wlm munge"
 [ -n "$FIZZLE_EXTRA_PACKAGES" ] && PACKAGES="$PACKAGES $FIZZLE_EXTRA_PACKAGES"
 missing=""
 for p in $PACKAGES; do
