@@ -1,11 +1,17 @@
 // The built-in effect behind the simulation and state entry points.
 #include "host/simulation_binding.h"
 
+#include "host/effect_binding.h"
 #include "host/instance.h"
 
-// The birth matte and the burst/gather matte steer the particles; the scene
-// and the reflection only colour pixels.
-unsigned simulated_clip_mask() { return (1u << 1) | (1u << 2); }
+// The birth matte and the burst/gather matte steer the particles, and only
+// while the switches that read them are on; the scene and the reflection
+// only colour pixels.
+unsigned simulated_clip_mask() {
+    refresh_cached_control_values();
+    const BubbleParameters &c = Instance.parameters;
+    return (c.use_birth_matte ? 1u << 1 : 0u) | (c.burst_on || c.congregate ? 1u << 2 : 0u);
+}
 
 void simulate_effect_frame() {
     Instance.simulate_frame_images(Instance.info.inputs[1].image, Instance.info.inputs[2].image,

@@ -6,7 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-// Input clips (bit i: clip i) the effect reads when it only simulates.
+// Input clips (bit i: clip i) the effect reads when it only simulates,
+// with the controls in force now.
 unsigned simulated_clip_mask();
 
 // Advances the effect one frame without drawing, from the sources and

@@ -1,7 +1,10 @@
 // The optional entry points of spark_state.h: a frame simulated without
 // drawing, and the effect's state exported and imported whole.
+#include <algorithm>
 #include <cstring>
+#include <memory>
 
+#include "host/conversion.h"
 #include "host/effect_binding.h"
 #include "host/frame_buffers.h"
 #include "host/globals.h"
@@ -23,9 +26,25 @@ void drop_images() {
         delete source.image;
         source.image = nullptr;
     }
-    ResultQv &result = effect_result();
-    delete result.image;
-    result.image = nullptr;
+    // The result is the shape below, which outlives the frame.
+    effect_result().image = nullptr;
+}
+
+// An image of the output's size and ratios whose pixels simulation never
+// touches: made once per size rather than cleared on every frame.
+ImageQv *output_shape(const void *pixels, double aspect) {
+    static std::unique_ptr<ImageQv> shape;
+    const int divisor = DLscalesr < 1 ? 1 : DLscalesr;
+    auto extent = [divisor](int32_t full) { return divisor == 1 ? std::max(0, full) : ProxyExtent(full, divisor); };
+    if (shape && shape->width == extent(DLwidth) && shape->height == extent(DLheight)) {
+        if (deep12)
+            ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, shape.get(), 0);
+        else
+            ConvertFromDLImage8(pixels, DLwidth, DLheight, aspect, DLscalesr, shape.get(), 0);
+    } else {
+        shape.reset(convert_in(pixels, aspect, 0));
+    }
+    return shape.get();
 }
 
 }  // namespace
@@ -71,8 +90,8 @@ SPARK_EXPORT int SparkSimulate(SparkInfoStruct info) {
         return 0;
     }
     ResultQv &result = effect_result();
-    delete result.image;
-    result.image = convert_in(ResultBufOutput.Buffer, aspect, 0);
+    delete result.image;  // only left over when an earlier frame stopped half way
+    result.image = output_shape(ResultBufOutput.Buffer, aspect);
 
     refresh_cached_control_values();
     if (DL_Sync_Ctrl == 1) {

@@ -13,8 +13,9 @@
 extern "C" {
 #endif
 
-/* Input clips SparkSimulate reads, one bit per clip (bit 0 the first clip).
- * The host need only fill those buffers before calling it. */
+/* Input clips SparkSimulate reads with the controls in force now, one bit per
+ * clip (bit 0 the first clip). The host sets the frame's control values,
+ * asks, and need only fill those buffers before calling SparkSimulate. */
 unsigned int SparkSimulateClips(void);
 
 /* Advances the effect by one frame exactly as SparkProcess with the same

@@ -30,12 +30,13 @@ void Host::simulate(int frame) {
     auto clips_entry = reinterpret_cast<ClipMaskFunction>(symbol("SparkSimulateClips"));
     if (!simulate_entry || !clips_entry)
         throw Error("plug-in '" + path_ + "' cannot simulate a frame without drawing it");
-    // Only the clips the simulation reads: the others cost time and change nothing.
-    prepare_frame(frame, clips_entry() & kAllClips);
     apply_proxy();
     make_current();
     current_frame_ = frame;
     apply_curves(controls_, float(info_record(frame).FrameNo));
+    // Only the clips the simulation reads with this frame's controls: the
+    // others cost time and change nothing.
+    prepare_frame(frame, clips_entry() & kAllClips);
     if (!started_) {
         if (auto start = reinterpret_cast<int (*)()>(symbol("SparkProcessStart"))) start();
         started_ = true;
