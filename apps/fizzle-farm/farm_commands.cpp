@@ -58,7 +58,8 @@ int frames_written(const FarmPlan &plan, const Chunk &chunk) {
 }
 
 bool still_active(const std::string &state) {
-    static const std::regex active("PENDING|RUNNING|CONFIGURING|COMPLETING|REQUEUED|REQUEUE_HOLD|"
+    // UNKNOWN: the manager could not be asked this time.
+    static const std::regex active("UNKNOWN|PENDING|RUNNING|CONFIGURING|COMPLETING|REQUEUED|REQUEUE_HOLD|"
                                    "REQUEUE_FED|RESIZING|SUSPENDED|SIGNALING|STAGE_OUT");
     return std::regex_match(state, active);
 }

@@ -16,7 +16,8 @@ public:
     // in plan. Throws sparkhost::Error with the manager's own words.
     virtual void submit(FarmPlan &plan) = 0;
     // What the manager says of each chunk it still knows (index to a state
-    // such as "PENDING", "RUNNING", "FAILED"); chunks it forgot are absent.
+    // such as "PENDING", "RUNNING", "FAILED"; "UNKNOWN" when it could not
+    // be asked); chunks it forgot are absent.
     virtual std::map<int, std::string> chunk_states(const FarmPlan &plan) = 0;
     // The fill job's state, or "" when the manager no longer knows it.
     virtual std::string fill_state(const FarmPlan &plan) = 0;

@@ -70,7 +70,12 @@ std::map<int, std::string> states_of(const std::string &job) {
     std::map<int, std::string> states;
     if (job.empty()) return states;
     const Output output = run({"scontrol", "-o", "show", "job", job});
-    if (output.status != 0) return states;  // forgotten (or never known)
+    if (output.status != 0) {
+        // A job the controller forgot has ended; any other failure (a busy
+        // controller) says nothing about the job.
+        if (output.text.find("Invalid job id") == std::string::npos) states[-2] = "UNKNOWN";
+        return states;
+    }
     static const std::regex task(R"(ArrayTaskId=([0-9,\-]+))"), state(R"(JobState=([A-Z_]+))");
     std::istringstream lines(output.text);
     for (std::string line; std::getline(lines, line);) {
@@ -120,10 +125,16 @@ public:
         plan.chunk_job = sbatch(arguments, plan);
     }
 
-    std::map<int, std::string> chunk_states(const FarmPlan &plan) override { return states_of(plan.chunk_job); }
+    std::map<int, std::string> chunk_states(const FarmPlan &plan) override {
+        std::map<int, std::string> states = states_of(plan.chunk_job);
+        if (states.count(-2))
+            for (const Chunk &chunk : plan.chunks) states[chunk.index] = "UNKNOWN";
+        return states;
+    }
 
     std::string fill_state(const FarmPlan &plan) override {
         const std::map<int, std::string> states = states_of(plan.fill_job);
+        if (states.count(-2)) return "UNKNOWN";
         auto it = states.find(-1);
         return it == states.end() ? std::string() : it->second;
     }

@@ -130,7 +130,10 @@ bool CheckpointStore::save(int frame, uint64_t key, const std::vector<uint8_t> &
     bytes.insert(bytes.end(), state.begin(), state.end());
 
     const std::string final_path = path(frame);
-    const std::string temporary = final_path + ".tmp-" + std::to_string(getpid());
+    // Host and process in the name: farm nodes may share the folder.
+    char host[64] = "host";
+    gethostname(host, sizeof host - 1);
+    const std::string temporary = final_path + ".tmp-" + host + "-" + std::to_string(getpid());
     {
         std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
         out.write(reinterpret_cast<const char *>(bytes.data()), std::streamsize(bytes.size()));

@@ -122,6 +122,6 @@ int render(const RenderOptions &options) {
         progress.frame_done(frame);
     }
     host.uninitialise(options.last_frame);
-    progress.finish(options.output);
+    progress.finish(options.writes_frames() ? options.output : "the cache " + options.cache_dir);
     return 0;
 }
