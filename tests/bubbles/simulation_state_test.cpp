@@ -71,3 +71,15 @@ TEST(EffectState, RefusesDamagedOrForeignStatesAndKeepsItsOwn) {
         EXPECT_EQ(rig.host->export_state(), good);
     }
 }
+
+TEST(SimulatedFrames, AndImportedStatesHoldAtAProxyAnOddSizeAnotherAspectAndTwelveBits) {
+    const PresetLook look{sparkhost::Depth::Bits12, 0.9f, 2};  // proxy 1/3
+    PresetHost drawn(97, 55, 2, look), simulated(97, 55, 1, look), imported(97, 55, 2, look);
+    for (PresetHost *rig : {&drawn, &simulated, &imported}) start(*rig, "Gathering", true);
+    rendered(drawn, 1, kJoin - 1);
+    for (int frame = 1; frame < kJoin; ++frame) simulated.host->simulate(frame);
+    ASSERT_TRUE(imported.host->import_state(simulated.host->export_state()));
+    const std::vector<std::string> expected = rendered(drawn, kJoin, kLast);
+    EXPECT_EQ(expected, rendered(simulated, kJoin, kLast));
+    EXPECT_EQ(expected, rendered(imported, kJoin, kLast));
+}
