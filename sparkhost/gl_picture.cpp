@@ -8,6 +8,8 @@
 #include <ostream>
 #include <string>
 
+#include "sparkhost/atomic_file.h"
+#include "sparkhost/error.h"
 #include "sparkhost/gl_recorder.h"
 
 namespace sparkhost {
@@ -152,18 +154,25 @@ void WriteSvg(std::ostream &out, const std::vector<GlPrimitive> &primitives, int
 
 bool WriteSvgFile(const std::string &path, const std::vector<GlPrimitive> &primitives,
                   int width, int height, const GlColour *background) {
-    std::ofstream file(path);
-    if (!file) {
-        std::fprintf(stderr, "cannot write SVG file %s: %s\n", path.c_str(), std::strerror(errno));
+    try {
+        AtomicFile svg(path);
+        std::ofstream file(svg.temporary_path());
+        if (!file) {
+            std::fprintf(stderr, "cannot write SVG file %s: %s\n", path.c_str(), std::strerror(errno));
+            return false;
+        }
+        WriteSvg(file, primitives, width, height, background);
+        file.close();
+        if (!file) {
+            std::fprintf(stderr, "error while writing SVG file %s\n", path.c_str());
+            return false;
+        }
+        svg.commit();
+        return true;
+    } catch (const Error &error) {
+        std::fprintf(stderr, "%s\n", error.what());
         return false;
     }
-    WriteSvg(file, primitives, width, height, background);
-    file.close();
-    if (!file) {
-        std::fprintf(stderr, "error while writing SVG file %s\n", path.c_str());
-        return false;
-    }
-    return true;
 }
 
 void Rasterise(const std::vector<GlPrimitive> &primitives, uint8_t *rgb, int width, int height,

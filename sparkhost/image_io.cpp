@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
 
 namespace sparkhost {
@@ -112,7 +113,8 @@ void write_image(const std::string &path, const Frame &frame) {
                                             : (deep ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
     OIIO::ImageSpec spec(format.width, format.height, 3, file_type);
     choose_fast_compression(extension, spec);
-    if (!output->open(path, spec))
+    AtomicFile file(path);
+    if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
     std::size_t row_samples = std::size_t(format.width) * 3;
     bool ok;
@@ -135,6 +137,7 @@ void write_image(const std::string &path, const Frame &frame) {
     }
     if (!ok || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
+    file.commit();
 }
 
 }  // namespace sparkhost

@@ -24,7 +24,7 @@ Frame read_image(const std::string &path, Depth depth);
 // Writes RGB in the format the extension names: 8 bits a channel for 8-bit
 // frames, 16 for 12-bit frames; EXR gets half floats for 8-bit frames and
 // full floats for 12-bit ones, since half floats cannot hold 12 bits exactly.
-// Throws Error.
+// The file appears under path only once complete. Throws Error.
 void write_image(const std::string &path, const Frame &frame);
 
 // Whether some image format is known for the path's extension.

@@ -18,7 +18,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/curves.h"
+#include "sparkhost/error.h"
 
 namespace sparkhost {
 namespace {
@@ -231,22 +233,18 @@ void save_setup(const std::string &path, ControlTable &controls) {
     json document = {{"format", kSetupFormat}, {"version", kSetupVersion}, {"controls", entries}};
 
     // Written aside and renamed so that a failed save never leaves half a file.
-    std::string temporary = path + ".tmp";
+    AtomicFile file(path);
     {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+        std::ofstream out(file.temporary_path(), std::ios::binary | std::ios::trunc);
         if (!out) throw SetupError("cannot write setup file \"" + path + "\": " + std::strerror(errno));
         out << document.dump(2) << '\n';
-        out.flush();
-        if (!out) {
-            std::remove(temporary.c_str());
-            throw SetupError("cannot write setup file \"" + path + "\"");
-        }
+        out.close();
+        if (!out) throw SetupError("cannot write setup file \"" + path + "\"");
     }
-    std::error_code error;
-    std::filesystem::rename(temporary, path, error);
-    if (error) {
-        std::remove(temporary.c_str());
-        throw SetupError("cannot write setup file \"" + path + "\": " + error.message());
+    try {
+        file.commit();
+    } catch (const Error &error) {
+        throw SetupError(std::string("setup file: ") + error.what());
     }
 }
 

@@ -9,6 +9,9 @@
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
 
+#include "sparkhost/atomic_file.h"
+#include "sparkhost/error.h"
+
 namespace {
 
 namespace algo = OIIO::ImageBufAlgo;
@@ -83,9 +86,16 @@ int main(int argc, char **argv) {
         const int y = gap + (i / columns) * (tile_height + gap);
         ok = add_tile(sheet, options.inputs[size_t(i)], x, y, options.tile_width, tile_height) && ok;
     }
-    if (!sheet.write(options.output, OIIO::TypeDesc::UINT8)) {
-        std::fprintf(stderr, "contact-sheet: cannot write '%s': %s\n", options.output.c_str(),
-                     sheet.geterror().c_str());
+    try {
+        sparkhost::AtomicFile file(options.output);
+        if (!sheet.write(file.temporary_path(), OIIO::TypeDesc::UINT8)) {
+            std::fprintf(stderr, "contact-sheet: cannot write '%s': %s\n", options.output.c_str(),
+                         sheet.geterror().c_str());
+            return 1;
+        }
+        file.commit();
+    } catch (const sparkhost::Error &error) {
+        std::fprintf(stderr, "contact-sheet: %s\n", error.what());
         return 1;
     }
     return ok ? 0 : 1;

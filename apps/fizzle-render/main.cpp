@@ -6,6 +6,7 @@
 
 #include "options.h"
 #include "render.h"
+#include "stop_request.h"
 #include "sparkhost/error.h"
 
 int main(int argc, char **argv) {
@@ -26,6 +27,7 @@ int main(int argc, char **argv) {
         std::fprintf(stderr, "fizzle-render: %s\n", error.what());
         return 2;
     }
+    install_stop_handlers("fizzle-render");
     try {
         return render(options);
     } catch (const sparkhost::Error &error) {

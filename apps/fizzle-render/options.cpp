@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
-#include <regex>
 
 #include "overlay_output.h"
 #include "shot_runner.h"
@@ -21,62 +20,6 @@ std::string joined_resolutions() {
     for (const std::string &name : sparkhost::resolution_names())
         text += (text.empty() ? "" : "|") + name;
     return text;
-}
-
-void parse_frames(RenderOptions &options) {
-    static const std::regex form(R"((\d{1,9})(?:-(\d{1,9}))?)");
-    std::smatch match;
-    if (!std::regex_match(options.frames_text, match, form))
-        throw Error("--frames: '" + options.frames_text + "' is not FIRST-LAST or a single frame");
-    options.first_frame = std::stoi(match.str(1));
-    options.last_frame = match[2].matched ? std::stoi(match.str(2)) : options.first_frame;
-    if (options.first_frame < 1)
-        throw Error("--frames: frames are numbered from 1, '" + options.frames_text + "' starts at 0");
-    if (options.last_frame < options.first_frame)
-        throw Error("--frames: '" + options.frames_text + "' ends before it starts");
-}
-
-void parse_size(RenderOptions &options) {
-    static const std::regex form(R"((\d{1,5})x(\d{1,5}))");
-    std::smatch match;
-    if (!std::regex_match(options.size_text, match, form))
-        throw Error("--size: '" + options.size_text + "' is not WIDTHxHEIGHT");
-    int width = std::stoi(match.str(1)), height = std::stoi(match.str(2));
-    if (width < 1 || height < 1 || width > 16384 || height > 16384)
-        throw Error("--size: '" + options.size_text + "' must be 1 to 16384 pixels each way");
-    options.format.width = width;
-    options.format.height = height;
-}
-
-ControlAssignment parse_assignment(const std::string &text) {
-    size_t equals = text.find('=');
-    ControlAssignment assignment{text, sparkhost::trim(text.substr(0, std::min(equals, text.size()))), ""};
-    if (equals != std::string::npos) assignment.value = sparkhost::trim(text.substr(equals + 1));
-    if (equals == std::string::npos || assignment.name.empty() || assignment.value.empty())
-        throw Error("--set: '" + text + "' is not NAME=VALUE");
-    return assignment;
-}
-
-ControlAnimation parse_animation(const std::string &text) {
-    static const std::regex key(R"(\s*(-?\d+(?:\.\d*)?)\s*:\s*([^,]*?)\s*)");
-    size_t equals = text.find('=');
-    const std::string form = "is not NAME=FRAME:VALUE,FRAME:VALUE,...";
-    if (equals == std::string::npos) throw Error("--animate: '" + text + "' " + form);
-    ControlAnimation animation{text, sparkhost::trim(text.substr(0, equals)), {}};
-    if (animation.name.empty()) throw Error("--animate: '" + text + "' " + form);
-    std::string keys = text.substr(equals + 1);
-    size_t start = 0;
-    while (true) {
-        size_t comma = keys.find(',', start);
-        std::string one = keys.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
-        std::smatch match;
-        if (!std::regex_match(one, match, key) || match.str(2).empty())
-            throw Error("--animate: '" + one + "' in '" + text + "' is not FRAME:VALUE");
-        animation.keys.emplace_back(std::stod(match.str(1)), match.str(2));
-        if (comma == std::string::npos) break;
-        start = comma + 1;
-    }
-    return animation;
 }
 
 }  // namespace
@@ -152,6 +95,10 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                  "List every control (page, number, name, value, range) after applying the options, then stop")
         ->group(group);
     app.add_flag("--list-presets", options.list_presets, "List the demo presets, then stop")->group(group);
+    app.footer(
+        "Exit status: 0 every frame written; 1 an input or output failed; 2 bad arguments; "
+        "130 or 143 stopped by SIGINT or SIGTERM (the frame in progress is finished first, a second "
+        "signal stops at once; no partial file is left either way).");
 }
 
 void resolve_options(RenderOptions &options) {
@@ -163,14 +110,14 @@ void resolve_options(RenderOptions &options) {
     for (const std::string &text : options.animate_texts) options.animations.push_back(parse_animation(text));
     if (!options.import_amplitude.empty() && !std::ifstream(options.import_amplitude))
         throw Error("--import-amplitude: cannot read '" + options.import_amplitude + "'");
-    parse_frames(options);
-    parse_size(options);
+    const FrameRange frames = parse_frames(options.frames_text);
+    options.first_frame = frames.first;
+    options.last_frame = frames.last;
+    const PixelSize size = parse_size(options.size_text);
+    options.format.width = size.width;
+    options.format.height = size.height;
     options.format.depth = options.depth_bits == 12 ? sparkhost::Depth::Bits12 : sparkhost::Depth::Bits8;
     if (!std::isfinite(options.pixel_aspect) || options.pixel_aspect <= 0)
         throw Error("--aspect: must be a positive number");
-    if (!options.proxy_text.empty()) {
-        options.proxy = sparkhost::resolution_index(options.proxy_text);
-        if (!options.proxy)
-            throw Error("--proxy: '" + options.proxy_text + "' is not one of " + joined_resolutions());
-    }
+    if (!options.proxy_text.empty()) options.proxy = parse_proxy(options.proxy_text);
 }

@@ -11,20 +11,7 @@
 
 #include "sparkhost/frame.h"
 #include "sparkhost/host.h"
-
-// --set NAME=VALUE, split.
-struct ControlAssignment {
-    std::string option;  // as typed, for messages
-    std::string name;    // title, name or number of the control
-    std::string value;
-};
-
-// --animate NAME=FRAME:VALUE,..., split; frames count as --frames does.
-struct ControlAnimation {
-    std::string option;
-    std::string name;
-    std::vector<std::pair<double, std::string>> keys;
-};
+#include "value_parsers.h"
 
 struct RenderOptions {
     // As typed, turned into the typed fields by resolve_options.

@@ -15,6 +15,7 @@
 #include "progress.h"
 #include "shot_runner.h"
 #include "frame_output.h"
+#include "stop_request.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/image_io.h"
@@ -72,6 +73,18 @@ private:
     int saved_ = -1;
 };
 
+void report_stop(int signal, const RenderOptions &options, int last_done) {
+    std::string frames = std::to_string(options.first_frame) + "-" + std::to_string(options.last_frame);
+    if (last_done < options.first_frame)
+        std::fprintf(stderr, "fizzle-render: stopped by %s before frame %d of %s\n", stop_signal_name(signal),
+                     options.first_frame, frames.c_str());
+    else
+        std::fprintf(stderr,
+                     "fizzle-render: stopped by %s after frame %d of %s (frames %d-%d are complete; "
+                     "--skip-existing resumes)\n",
+                     stop_signal_name(signal), last_done, frames.c_str(), options.first_frame, last_done);
+}
+
 }  // namespace
 
 int render(const RenderOptions &options) {
@@ -110,6 +123,11 @@ int render(const RenderOptions &options) {
     sparkhost::FramePattern output(options.output);
     progress.start();
     for (int frame = start; frame <= options.last_frame; ++frame) {
+        if (int signal = stop_signal()) {
+            progress.clear_line();
+            report_stop(signal, options, frame - 1);
+            return stopped_exit_code(signal);
+        }
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
             shot.advance(frame);
         } else {

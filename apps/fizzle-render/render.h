@@ -3,6 +3,7 @@
 
 #include "options.h"
 
-// Returns 0 when every frame was written; throws sparkhost::Error naming the
+// Returns 0 when every frame was written, or the stopped exit code when a
+// signal asked it to stop between frames; throws sparkhost::Error naming the
 // first problem otherwise.
 int render(const RenderOptions &options);

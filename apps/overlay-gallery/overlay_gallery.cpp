@@ -12,6 +12,8 @@
 #include "framework/overlay.h"
 #include "framework/overlay_widgets.h"
 #include "spark/spark_gl.h"
+#include "sparkhost/atomic_file.h"
+#include "sparkhost/error.h"
 #include "sparkhost/gl_recorder.h"
 
 namespace {
@@ -162,12 +164,19 @@ bool write_png(const std::string &path, const std::vector<sparkhost::GlPrimitive
         return false;
     }
     OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::UINT8);
-    if (!out->open(path, spec) || !out->write_image(OIIO::TypeDesc::UINT8, rgb.data()) ||
-        !out->close()) {
-        std::fprintf(stderr, "cannot write %s: %s\n", path.c_str(), out->geterror().c_str());
+    try {
+        sparkhost::AtomicFile file(path);
+        if (!out->open(file.temporary_path(), spec) || !out->write_image(OIIO::TypeDesc::UINT8, rgb.data()) ||
+            !out->close()) {
+            std::fprintf(stderr, "cannot write %s: %s\n", path.c_str(), out->geterror().c_str());
+            return false;
+        }
+        file.commit();
+        return true;
+    } catch (const sparkhost::Error &error) {
+        std::fprintf(stderr, "%s\n", error.what());
         return false;
     }
-    return true;
 }
 
 }  // namespace
