@@ -4,7 +4,7 @@ BUILD      ?= build
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=Release
 
-.PHONY: all deps configure build test demo bench tsan fuzz install clean
+.PHONY: all deps configure build test demo bench sanitize tsan fuzz install clean
 
 all: build
 
@@ -27,14 +27,30 @@ demo: build
 bench: build
 	@for b in $(BUILD)/bench/*_bench; do echo "== $$b"; $$b; done
 
-# Engine tests under ThreadSanitizer, in a build of their own.
+# The whole suite with AddressSanitizer and UndefinedBehaviorSanitizer, in a
+# build of its own (the dlopen'ed plug-in too); leaks are checked and any
+# report fails the test. Then the ThreadSanitizer run. Tests that need a
+# browser or Slurm are left to `make test`.
+SANITIZE_ENV = ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:detect_stack_use_after_return=1 \
+               UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
+sanitize:
+	@./scripts/install-deps.sh
+	@cmake -S . -B $(BUILD)-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFIZZLE_SANITIZE=ON -DFIZZLE_BUILD_BENCH=OFF >/dev/null
+	@cmake --build $(BUILD)-sanitize -j $(JOBS)
+	cd $(BUILD)-sanitize && $(SANITIZE_ENV) ctest --output-on-failure -j $(JOBS) -LE 'browser|farm'
+	@$(MAKE) --no-print-directory tsan
+
+# The engine, host and fizzle-render tests under ThreadSanitizer, in a build
+# of their own (fizzle-render and the plug-in it loads included).
+TSAN_TESTS = bubbles_tests host_tests sparkhost_tests apps_tests
 tsan:
 	@./scripts/install-deps.sh
 	@cmake -S . -B $(BUILD)-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFIZZLE_TSAN=ON -DFIZZLE_BUILD_BENCH=OFF >/dev/null
-	@cmake --build $(BUILD)-tsan -j $(JOBS) --target bubbles_tests
-	TSAN_OPTIONS=halt_on_error=1 $(BUILD)-tsan/tests/bubbles_tests
+	@cmake --build $(BUILD)-tsan -j $(JOBS) --target $(TSAN_TESTS) fizzle-render
+	cd $(BUILD)-tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -j $(JOBS) -LE 'browser|farm' -E _NOT_BUILT
 
-# The amplitude-file reader under libFuzzer for a bounded time.
+# Every fuzz target (amplitude files, setup files, option values) under
+# libFuzzer, each for FUZZ_SECONDS (60 by default).
 FUZZ_SECONDS ?= 60
 fuzz:
 	@FIZZLE_EXTRA_PACKAGES="clang libclang-rt-14-dev" ./scripts/install-deps.sh
@@ -45,4 +61,4 @@ install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
-	rm -rf $(BUILD) $(BUILD)-tsan out
+	rm -rf $(BUILD) $(BUILD)-sanitize $(BUILD)-tsan $(BUILD)-fuzz out

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -38,6 +39,19 @@ double short_decimal(float value) {
     return std::strtod(text, nullptr);
 }
 
+// A value quoted in a message: whole when short, cut when long, so that a
+// message stays one readable line.
+std::string excerpt(const json &value) {
+    constexpr size_t kLongest = 60;
+    std::string text = value.dump(-1, ' ', false, json::error_handler_t::replace);
+    return text.size() <= kLongest ? text : text.substr(0, kLongest) + "...";
+}
+
+// Deeper than any setup needs (a curve key sits at depth 4).
+constexpr int kDeepest = 16;
+// Far beyond any setup written by a host: refused rather than read whole.
+constexpr std::uintmax_t kLargestFile = 64u << 20;
+
 std::string describe(const json &value) {
     if (value.is_string()) return "text";
     if (value.is_boolean()) return "true/false";
@@ -64,8 +78,8 @@ public:
     std::vector<PlannedControl> read(const std::string &content) {
         json document;
         try {
-            document = json::parse(content);
-        } catch (const json::parse_error &error) {
+            document = parse(content);
+        } catch (const json::exception &error) {
             std::string what = error.what();
             size_t bracket = what.find("] ");
             fail("not valid JSON: " + (bracket == std::string::npos ? what : what.substr(bracket + 2)));
@@ -80,7 +94,7 @@ public:
         const json &version = document.value("version", json());
         if (!version.is_number_integer()) fail("\"version\" must be a whole number");
         if (version.get<long long>() != kSetupVersion)
-            fail("setup version " + version.dump() + " is not supported (this host reads version " +
+            fail("setup version " + excerpt(version) + " is not supported (this host reads version " +
                  std::to_string(kSetupVersion) + ")");
         if (!document.contains("controls") || !document["controls"].is_array())
             fail("\"controls\" must be a list");
@@ -100,10 +114,26 @@ public:
     }
 
 private:
+    // Refuses, while parsing, what the plain parser would take silently
+    // (a key given twice, of which it keeps the last) or dangerously (nesting
+    // deep enough to exhaust the stack when the document is later walked).
+    json parse(const std::string &content) const {
+        std::vector<std::set<std::string>> keys;  // of each object being read
+        return json::parse(content, [&](int depth, json::parse_event_t event, json &parsed) {
+            if (depth > kDeepest) fail("nested more than " + std::to_string(kDeepest) + " levels deep");
+            if (event == json::parse_event_t::object_start) keys.emplace_back();
+            if (event == json::parse_event_t::object_end && !keys.empty()) keys.pop_back();
+            if (event == json::parse_event_t::key && !keys.empty() &&
+                !keys.back().insert(parsed.get<std::string>()).second)
+                fail("the entry \"" + parsed.get<std::string>() + "\" is given twice in one object");
+            return true;
+        });
+    }
+
     PlannedControl read_control(const json &entry) {
         if (!entry.is_object()) fail("each control must be an object, not " + describe(entry));
         const json &number = entry.value("number", json());
-        if (!number.is_number_integer()) fail("a control without a whole \"number\": " + entry.dump());
+        if (!number.is_number_integer()) fail("a control without a whole \"number\": " + excerpt(entry));
         long long n = number.get<long long>();
         Control *control = (n >= 0 && n <= SPARK_MAX_CONTROL) ? controls_.find(static_cast<int>(n)) : nullptr;
         if (!control) fail("control " + std::to_string(n) + " is not a control of this plug-in");
@@ -115,10 +145,10 @@ private:
             if (key == "number") continue;
             if (key == "kind") {
                 if (!value.is_string() || value.get<std::string>() != kind_name(control->kind()))
-                    fail(where + " is of kind " + kind_name(control->kind()) + ", the file says " + value.dump());
+                    fail(where + " is of kind " + kind_name(control->kind()) + ", the file says " + excerpt(value));
             } else if (key == "title") {
                 if (!value.is_string() || lower(value.get<std::string>()) != lower(control->name()))
-                    fail(where + " is titled \"" + control->name() + "\" here, the file says " + value.dump());
+                    fail(where + " is titled \"" + control->name() + "\" here, the file says " + excerpt(value));
             } else if (key == "value") {
                 planned.value = read_value(*control, value, where);
                 planned.has_value = true;
@@ -157,12 +187,12 @@ private:
         Curve curve;
         for (const json &key : keys) {
             if (!key.is_array() || key.size() != 2 || !key[0].is_number() || !key[1].is_number())
-                fail(where + ": curve key " + key.dump() + " is not a [frame, value] pair of numbers");
+                fail(where + ": curve key " + excerpt(key) + " is not a [frame, value] pair of numbers");
             double frame = key[0].get<double>(), value = key[1].get<double>();
             if (std::fabs(frame) > FLT_MAX || std::fabs(value) > FLT_MAX)
-                fail(where + ": curve key " + key.dump() + " is too large");
+                fail(where + ": curve key " + excerpt(key) + " is too large");
             if (curve.keys().count(static_cast<float>(frame)))
-                fail(where + ": the curve has two keys at frame " + key[0].dump());
+                fail(where + ": the curve has two keys at frame " + excerpt(key[0]));
             curve.set_key(static_cast<float>(frame), static_cast<float>(value));
         }
         return curve;
@@ -196,6 +226,11 @@ json control_entry(const Control &control, const std::map<int, Curve> &curves) {
 std::string read_whole_file(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) throw SetupError("cannot open setup file \"" + path + "\": " + std::strerror(errno));
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size > kLargestFile)
+        throw SetupError("setup file \"" + path + "\" is " + std::to_string(size >> 20) +
+                         " MB, too large to be a setup");
     std::ostringstream content;
     content << in.rdbuf();
     if (in.bad()) throw SetupError("cannot read setup file \"" + path + "\"");

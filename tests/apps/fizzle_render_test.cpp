@@ -29,6 +29,13 @@ TEST_F(FizzleRender, BadArgumentsFailNamingTheOption) {
     expect_refused({"--frames", "1-3"}, {"--output"});
 }
 
+TEST_F(FizzleRender, HugeAndOverlongValuesAreRefusedInOneLineNotCrashedOn) {
+    const std::string out = path("f.%04d.png");
+    expect_refused({"--animate", "Density=" + std::string(400, '9') + ":5", "-o", out}, {"--animate", "out of range"});
+    expect_refused({"--animate", "Density=1:" + std::string(100000, 'a'), "-o", out}, {"--animate", "Density"});
+    expect_refused({"--frames", std::string(100000, '1'), "-o", out}, {"--frames"});
+}
+
 TEST_F(FizzleRender, BadInputsOutputsAndPluginFailAtOnceNamingTheFile) {
     const FrameFormat small{32, 24, Depth::Bits8};
     sparkhost::write_image(path("matte.0001.png"), Frame(small));
