@@ -31,7 +31,7 @@ bench: build
 # build of its own (the dlopen'ed plug-in too); leaks are checked and any
 # report fails the test. Then the ThreadSanitizer run. Tests that need a
 # browser or Slurm are left to `make test`.
-SANITIZE_ENV = ASAN_OPTIONS=detect_leaks=1:halt_on_error=1:detect_stack_use_after_return=1 \
+SANITIZE_ENV = ASAN_OPTIONS=detect_leaks=1:halt_on_error=1 \
                UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 sanitize:
 	@./scripts/install-deps.sh
