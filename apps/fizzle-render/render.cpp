@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -115,6 +116,7 @@ int render(const RenderOptions &options) {
         if (int signal = stop_signal()) {
             progress.clear_line();
             report_stop(signal, options, frame - 1);
+            host.uninitialise(std::max(options.first_frame, frame - 1));  // the plug-in frees its buffers
             return stopped_exit_code(signal);
         }
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {

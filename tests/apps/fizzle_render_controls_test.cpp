@@ -70,7 +70,8 @@ TEST_F(FizzleRenderControls, OptionsApplyInOrderAndTheSetupKeepsThem) {
     expect_listed(first, 20, " 2000 ");  // Pipe's velocity
     expect_listed(first, 34, "on");      // Auto Preview is back on once the options are applied
     // Keys count frames as --frames does; the host's curves count from 0.
-    for (const nlohmann::json &entry : nlohmann::json::parse(slurp(path("pipe.json")))["controls"])
+    const nlohmann::json saved = nlohmann::json::parse(slurp(path("pipe.json")));  // outlives the loop
+    for (const nlohmann::json &entry : saved["controls"])
         if (entry["number"] == 26) { EXPECT_EQ(entry["curve"], nlohmann::json::parse("[[0, 5], [10, 15]]")); }
 
     const RunResult again = run({"--setup", path("pipe.json"), "--list-controls"});

@@ -48,7 +48,9 @@ TEST_F(SetupFileTest, RoundTripRestoresValuesTextAndCurvesWrittenAsTyped) {
     const std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
     sparkhost::save_setup(path_);
     // Floats are written as the short decimals they were typed as (0.1, not 0.10000000149011612).
-    for (const auto &entry : nlohmann::json::parse(std::ifstream(path_))["controls"])
+    // Held in a variable: a range-for over a member of a temporary reads freed memory.
+    const nlohmann::json saved = nlohmann::json::parse(std::ifstream(path_));
+    for (const auto &entry : saved["controls"])
         if (entry["number"] == 93) { EXPECT_EQ(entry["curve"], nlohmann::json::parse("[[2, 0.1]]")); }
 
     table().at(16).set_value(1);
