@@ -15,6 +15,16 @@ std::string FrameFormat::describe() const {
 
 Frame::Frame(const FrameFormat &format) : format_(format), pixels_(format.bytes(), 0) {}
 
+void Frame::reshape(const FrameFormat &format) {
+    format_ = format;
+    pixels_.resize(format.bytes());
+}
+
+void Frame::assign(const Frame &other) {
+    format_ = other.format_;
+    pixels_.assign(other.pixels_.begin(), other.pixels_.end());
+}
+
 int Frame::value(int x, int y, int c) const {
     std::size_t at = offset(x, y);
     if (format_.depth == Depth::Bits8) return pixels_[at + c];

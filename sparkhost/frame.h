@@ -38,10 +38,19 @@ public:
     Frame() = default;
     explicit Frame(const FrameFormat &format);  // all black
 
+    // Gives the frame `format`, keeping its storage when the size allows;
+    // the pixels are left as they were (callers overwrite every one).
+    void reshape(const FrameFormat &format);
+    // Copies other's pixels into this frame's storage.
+    void assign(const Frame &other);
+
     const FrameFormat &format() const { return format_; }
     int width() const { return format_.width; }
     int height() const { return format_.height; }
     uint8_t *data() { return pixels_.data(); }
+    // Row y (counted from the bottom) as bytes.
+    uint8_t *row(int y) { return pixels_.data() + std::size_t(y) * format_.row_bytes(); }
+    const uint8_t *row(int y) const { return pixels_.data() + std::size_t(y) * format_.row_bytes(); }
     const uint8_t *data() const { return pixels_.data(); }
     std::size_t size() const { return pixels_.size(); }
     std::vector<uint8_t> &bytes() { return pixels_; }
