@@ -132,6 +132,7 @@ void Host::set_input(int clip, Frame still) {
 void Host::set_input(int clip, std::shared_ptr<ClipSource> source) {
     if (clip < 0 || clip >= kClipCount) throw Error("no input clip " + std::to_string(clip));
     inputs_[clip] = source ? std::move(source) : make_default_clip(clip);
+    filled_from_[clip] = nullptr;
 }
 
 void Host::set_input_file(int clip, const std::string &pattern) {
@@ -156,6 +157,7 @@ void Host::check_inputs(int first, int last) {
 void Host::read_ahead(int first, int last) {
     for (std::shared_ptr<ClipSource> &input : inputs_)
         if (input->changes()) input = std::make_shared<PrefetchClip>(input, first, last, settings_.format);
+    filled_from_.fill(nullptr);
 }
 
 unsigned Host::initialise(int frame) {
@@ -218,12 +220,18 @@ void Host::prepare_frame(int frame, unsigned clips) {
     for (int clip = 0; clip < kClipCount; ++clip) {
         if (!(clips & (1u << clip))) continue;
         // Filled in place: the buffers keep their storage from frame to frame.
+        // A still picture already in its buffer is not copied again; plug-ins
+        // read their input buffers and never write them.
         Frame &picture = input_buffers_[clip];
+        ClipSource *source = inputs_[clip].get();
+        if (filled_from_[clip] == source && !source->changes() && picture.format() == format) continue;
+        filled_from_[clip] = nullptr;
         try {
-            inputs_[clip]->fill(frame, format, picture);
+            source->fill(frame, format, picture);
         } catch (const Error &error) {
             throw Error(std::string(clip_name(clip)) + " input: " + error.what());
         }
+        filled_from_[clip] = source;
         if (picture.format() != format)
             throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() +
                         " is " + picture.format().describe() + " but the frame is " +

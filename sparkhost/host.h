@@ -219,6 +219,8 @@ private:
     std::string path_;
     std::array<std::shared_ptr<ClipSource>, kClipCount> inputs_;
     std::array<Frame, kClipCount> input_buffers_;
+    // The source whose picture each input buffer holds, null when unknown.
+    std::array<const ClipSource *, kClipCount> filled_from_{};
     Frame output_;
     bool started_ = false;
     int current_frame_ = 1;
