@@ -53,11 +53,6 @@ uint16_t Frame::value16(int x, int y, int c) const {
     return widen_to16(value(x, y, c), format_.depth);
 }
 
-int quantize16(uint16_t value, Depth depth) {
-    uint32_t top = depth == Depth::Bits12 ? 4095 : 255;
-    return int((uint32_t(value) * top + 32767) / 65535);
-}
-
 uint16_t widen_to16(int value, Depth depth) {
     // Bit replication: full scale maps to 65535 and quantize16 undoes it exactly.
     if (depth == Depth::Bits8) return uint16_t((value << 8) | value);

@@ -79,8 +79,12 @@ private:
     std::vector<uint8_t> pixels_;
 };
 
-// Rounds a 16-bit channel to the frame depth's range and back.
-int quantize16(uint16_t value, Depth depth);
+// Rounds a 16-bit channel to the frame depth's range and back. Inline: the
+// built-in pictures round every channel of every frame.
+inline int quantize16(uint16_t value, Depth depth) {
+    uint32_t top = depth == Depth::Bits12 ? 4095 : 255;
+    return int((uint32_t(value) * top + 32767) / 65535);
+}
 uint16_t widen_to16(int value, Depth depth);
 
 }  // namespace sparkhost

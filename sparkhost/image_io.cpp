@@ -39,11 +39,12 @@ std::string extension_of(const std::string &path) {
     return extension;
 }
 
-// A compositor reads any of these: Deflate TIFF, ZIP EXR (16-line blocks),
-// PNG. The Deflate levels are the fastest, since a render writes many frames.
+// Lossless compressions every compositor reads: Deflate TIFF and PNG at
+// the fastest level, since a render writes many frames, and PIZ EXR, which
+// on grainy pictures is both smaller and faster than ZIP.
 const char *render_compression(const std::string &extension) {
     if (extension == ".tif" || extension == ".tiff") return "zip:1";
-    if (extension == ".exr") return "zip";
+    if (extension == ".exr") return "piz";
     if (extension == ".png") return "zip:1";
     return "";
 }

@@ -31,8 +31,7 @@ Frame read_image(const std::string &path, Depth depth);
 void write_image(const std::string &path, const Frame &frame, const std::string &compression = "");
 
 // What a render writes to the path's format by default ("" for formats left
-// to their own default): Deflate TIFF, ZIP EXR and Deflate PNG, at the
-// fastest level where a level applies.
+// to their own default): Deflate TIFF and PNG at the fastest level, PIZ EXR.
 std::string default_compression(const std::string &path);
 // Throws Error naming the choices unless the path's format knows the
 // compression (a name, or zip:LEVEL with LEVEL 0-9).
