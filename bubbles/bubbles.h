@@ -57,6 +57,10 @@ public:
     int32_t prevHeight = 0;
 
     void ProcessFrame() override;
+    // Whether the frame reads input clip `index` (1 birth matte, 2 burst or
+    // gather matte, 3 reflection) with the controls as last read; the scene
+    // is always read. A clip no pixel depends on need not be converted.
+    bool reads_input(int index) const;
     // Syncs every control, then applies the visibility rules.
     void SyncControls() override;
     void RenderOverlay() override;

@@ -78,6 +78,32 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
     const int32_t px = int32_t(0.5 + double(p->x));
     const int32_t py = int32_t(0.5 + double(p->y));
 
+    int32_t bursting = p->bursting;
+    int32_t bursts_now = 0;
+    if (set->burst_on && px >= 0 && py >= 0 && px < W && py < H) {
+        const bool in_matte = burst_matte && px < burst_matte->width && py < burst_matte->height &&
+                              burst_matte->rows[py][px].red >= 16384;
+        if (in_matte || p->age == p->life - 1) {
+            const float r = get_safe_random(counter);
+            if (set->burst_prob > r) {
+                const float r2 = get_safe_random(counter);
+                bursting = 1;
+                burst_age = p->life - int32_t(1 + set->afterlife * r2);
+                bursts_now = 1;
+            }
+        }
+    }
+
+    // Every band walks every bubble for the decisions and draws above; a
+    // whole sprite outside this band's rows draws nothing here, and the
+    // shading below needs no draws, so it is skipped.
+    const bool whole_sprite = !bursting && p->gather_state != 2;
+    if (whole_sprite && set->lumps_corrected && p->size >= 0 && p->size < set->lump_count) {
+        const tagPARTLUMP *lump = set->lumps_corrected[p->size];
+        const int32_t top = lump ? py - lump->height / 2 : 0;
+        if (lump && (top > last || top + lump->height - 1 < first)) return bursts_now;
+    }
+
     int32_t red = int32_t(p->colour[0]);
     int32_t green = int32_t(p->colour[1]);
     int32_t blue = int32_t(p->colour[2]);
@@ -130,22 +156,6 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
     float ly = float(c.light_source_y * H - py);
     float lz = float(c.light_z * W);
     normalise(lx, ly, lz);
-
-    int32_t bursting = p->bursting;
-    int32_t bursts_now = 0;
-    if (set->burst_on && px >= 0 && py >= 0 && px < W && py < H) {
-        const bool in_matte = burst_matte && px < burst_matte->width && py < burst_matte->height &&
-                              burst_matte->rows[py][px].red >= 16384;
-        if (in_matte || p->age == p->life - 1) {
-            const float r = get_safe_random(counter);
-            if (set->burst_prob > r) {
-                const float r2 = get_safe_random(counter);
-                bursting = 1;
-                burst_age = p->life - int32_t(1 + set->afterlife * r2);
-                bursts_now = 1;
-            }
-        }
-    }
 
     // A bubble with no density, no glint and nothing reflected leaves every
     // pixel as it was and draws no fragments: skip its sprite.

@@ -1,4 +1,5 @@
 // Banded multiprocessing over the host's processor fork.
+#include <atomic>
 #include <cstdint>
 
 #include "framework/plugin.h"
@@ -26,37 +27,57 @@ namespace {
 // A host that reports no processors still gets its work done, on one.
 long processor_count() { return frame_context.processors > 0 ? frame_context.processors : 1; }
 
+// Bubbles crowd into some rows and leave others empty, so equal bands, one
+// a processor, leave processors idle. Several smaller bands a processor,
+// taken by whichever processor is free, even the work out. One processor
+// keeps the whole frame as one band.
+constexpr long kBandsPerProcessor = 6;
+
+long band_count(long rows, long processors) {
+    if (processors <= 1) return 1;
+    const long bands = processors * kBandsPerProcessor;
+    return rows < bands ? (rows > 1 ? rows : 1) : bands;
+}
+
 template <class Object>
-struct MemberCall {
+struct BandedCall {
     void (Object::*member)(long, long);
+    long bands;
+    std::atomic<long> next{0};
 };
 
 template <class Object>
-void process_func_generic(void *pair, void *object, void *rows, void *count) {
-    auto *call = static_cast<MemberCall<Object> *>(pair);
-    const RowBand band =
-        band_for_worker(current_worker_index(), long(intptr_t(rows)), long(intptr_t(count)));
-    (static_cast<Object *>(object)->*(call->member))(band.first, band.last);
+void process_func_generic(void *call_pointer, void *object, void *rows, void *) {
+    auto *call = static_cast<BandedCall<Object> *>(call_pointer);
+    const long row_count = long(intptr_t(rows));
+    for (long index = call->next++; index < call->bands; index = call->next++) {
+        const RowBand band = band_for_worker(index, row_count, call->bands);
+        (static_cast<Object *>(object)->*(call->member))(band.first, band.last);
+    }
 }
 
-void process_func(void *pair, void *object, void *rows, void *count) {
-    process_func_generic<PluginQv>(pair, object, rows, count);
+void process_func(void *call, void *object, void *rows, void *count) {
+    process_func_generic<PluginQv>(call, object, rows, count);
 }
 
-void process_func_img(void *pair, void *object, void *rows, void *count) {
-    process_func_generic<ImageQv>(pair, object, rows, count);
+void process_func_img(void *call, void *object, void *rows, void *count) {
+    process_func_generic<ImageQv>(call, object, rows, count);
 }
 
 }  // namespace
 
 int PluginQv::MultiProcess(void (PluginQv::*member)(long, long), long rows) {
-    MemberCall<PluginQv> call{member};
+    BandedCall<PluginQv> call;
+    call.member = member;
+    call.bands = band_count(rows, processor_count());
     return sparkMpFork(process_func, 4, &call, this, reinterpret_cast<void *>(intptr_t(rows)),
                        reinterpret_cast<void *>(intptr_t(processor_count())));
 }
 
 int ImageQv::MultiProcess(void (ImageQv::*member)(long, long), long rows) {
-    MemberCall<ImageQv> call{member};
+    BandedCall<ImageQv> call;
+    call.member = member;
+    call.bands = band_count(rows, processor_count());
     return sparkMpFork(process_func_img, 4, &call, this, reinterpret_cast<void *>(intptr_t(rows)),
                        reinterpret_cast<void *>(intptr_t(processor_count())));
 }

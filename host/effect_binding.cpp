@@ -19,6 +19,8 @@ void blend_with_scene(ImageQv &result, ImageQv &scene, double amount) {
     result.InBlend(float(amount), &scene);
 }
 
+bool effect_reads_source(int index) { return Instance.reads_input(index); }
+
 void refresh_cached_control_values() {
     refresh_control_caches(Instance);
     Instance.ReadControls();

@@ -25,6 +25,10 @@ double blend_control_value();
 // calls it only for a positive amount.
 void blend_with_scene(ImageQv &result, ImageQv &scene, double amount);
 
+// Whether the effect, with its controls as last refreshed, reads input clip
+// `index`; the frame cycle leaves the others unconverted.
+bool effect_reads_source(int index);
+
 // Copies the host control structures' values into the effect's controls.
 void refresh_cached_control_values();
 

@@ -73,11 +73,15 @@ SPARK_EXPORT unsigned long *SparkProcess(SparkInfoStruct info) {
     effect.skip_matte_copy = 0;
     effect.current_frame = double(info.FrameNo);
     effect.frame_count = double(info.TotalFrames);
+    // Read before the clips are converted: they tell which clips are read.
+    // A clip no enabled control reads is still asked for, so a host short of
+    // buffers fails the same way, but is left unconverted.
+    refresh_cached_control_values();
 
     if (!load_source(0, SourceIDInput, SourceBufInput, aspect)) return nullptr;
-    if (!load_source(1, SourceIDInput2, SourceBufInput2, aspect)) return nullptr;
-    if (!load_source(2, SourceIDInput3, SourceBufInput3, aspect)) return nullptr;
-    if (!load_source(3, SourceIDInput4, SourceBufInput4, aspect)) return nullptr;
+    if (!load_source(1, SourceIDInput2, SourceBufInput2, aspect, effect_reads_source(1))) return nullptr;
+    if (!load_source(2, SourceIDInput3, SourceBufInput3, aspect, effect_reads_source(2))) return nullptr;
+    if (!load_source(3, SourceIDInput4, SourceBufInput4, aspect, effect_reads_source(3))) return nullptr;
 
     if (!get_buffer(ResultIDOutput, ResultBufOutput)) return nullptr;
     ResultQv &result = effect_result();
@@ -85,7 +89,6 @@ SPARK_EXPORT unsigned long *SparkProcess(SparkInfoStruct info) {
     // The effect overwrites every pixel, so nothing is copied in.
     result.image = convert_in(ResultBufOutput.Buffer, aspect, 0);
 
-    refresh_cached_control_values();
     if (DL_Sync_Ctrl == 1) {
         effect.SyncControls();
         DL_Sync_Ctrl = 0;

@@ -37,13 +37,13 @@ bool get_buffer(int id, SparkMemBufStruct &buffer) {
     return true;
 }
 
-bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect) {
+bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect, bool convert) {
     if (!get_buffer(id, buffer)) return false;
     SourceQv &source = effect_source(index);
     source.clip = id - 2;
     source.deep = uint8_t(deep12);
     source.time = 0.0;
     delete source.image;  // only left over when an earlier frame stopped half way
-    source.image = convert_in(buffer.Buffer, aspect, 1);
+    source.image = convert ? convert_in(buffer.Buffer, aspect, 1) : nullptr;
     return true;
 }

@@ -16,5 +16,6 @@ void convert_out(const ImageQv *image, void *pixels);
 bool get_buffer(int id, SparkMemBufStruct &buffer);
 
 // Fetches an input clip's buffer and converts it into its source. False when
-// there is no usable buffer for it.
-bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect);
+// there is no usable buffer for it. With convert false the source is left
+// without an image: the effect does not read it this frame.
+bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect, bool convert = true);

@@ -10,6 +10,11 @@ Frame StillClip::frame(int, const FrameFormat &format) {
     return frame_;
 }
 
+void StillClip::fill(int, const FrameFormat &format, Frame &into) {
+    check(0, 0, format);
+    into.assign(frame_);
+}
+
 void StillClip::check(int, int, const FrameFormat &format) {
     if (frame_.format() != format)
         throw Error("still frame is " + frame_.format().describe() + " but the frame is " +

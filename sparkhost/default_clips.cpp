@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 
 #include "sparkhost/host.h"
 
@@ -37,27 +38,46 @@ double grain(uint32_t x, uint32_t y, uint32_t frame) {
     return double(h & 0xffff) / 32767.5 - 1.0;
 }
 
+// Writes the shaded colour of every pixel straight into the frame's rows,
+// rounded as Frame::set_rgb16 rounds.
 template <class Shader>
-Frame paint(const FrameFormat &format, Shader shade) {
-    Frame frame(format);
+void paint(Frame &frame, const FrameFormat &format, Shader shade) {
+    frame.reshape(format);
+    const bool deep = format.depth == Depth::Bits12;
     for (int y = 0; y < format.height; ++y) {
         // v runs from 0 at the bottom row to 1 at the top.
         double v = (y + 0.5) / format.height;
+        uint8_t *out = frame.row(y);
         for (int x = 0; x < format.width; ++x) {
             double u = (x + 0.5) / format.width;
             Colour c = shade(x, y, u, v);
-            frame.set_rgb16(x, y, to16(c.r), to16(c.g), to16(c.b));
+            for (double channel : {c.r, c.g, c.b}) {
+                int value = quantize16(to16(channel), format.depth);
+                if (deep) {
+                    uint16_t word = uint16_t(value << 4);
+                    std::memcpy(out, &word, 2);
+                    out += 2;
+                } else {
+                    *out++ = uint8_t(value);
+                }
+            }
         }
     }
+}
+
+template <class Shader>
+Frame paint(const FrameFormat &format, Shader shade) {
+    Frame frame;
+    paint(frame, format, shade);
     return frame;
 }
 
 // Deep water: a blue-to-green gradient, a slow colour wave, drifting light
 // bands, a moving checker texture and grain, all shifting with the frame.
-Frame scene(int number, const FrameFormat &format) {
+void scene(int number, const FrameFormat &format, Frame &into) {
     int cell = std::max(format.height / 12, 2);
     double t = number;
-    return paint(format, [&](int x, int y, double u, double v) {
+    paint(into, format, [&](int x, int y, double u, double v) {
         Colour c{0.05 + 0.05 * v, 0.35 - 0.15 * v, 0.40 + 0.15 * v};
         double wave = triangle(u * 1.5 + v * 0.5 + t * 0.01);
         c.r += 0.30 * wave * wave;
@@ -112,8 +132,11 @@ Frame reflection(const FrameFormat &format) {
 
 Frame default_frame(int clip, int number, const FrameFormat &format) {
     switch (clip) {
-    case kScene:
-        return scene(number, format);
+    case kScene: {
+        Frame frame;
+        scene(number, format, frame);
+        return frame;
+    }
     case kBirth:
         return birth_matte(format);
     case kBurst:
@@ -124,11 +147,22 @@ Frame default_frame(int clip, int number, const FrameFormat &format) {
 }
 
 Frame DefaultClip::frame(int number, const FrameFormat &format) {
-    if (clip_ == kScene) return default_frame(clip_, number, format);
+    Frame picture;
+    fill(number, format, picture);
+    return picture;
+}
+
+void DefaultClip::fill(int number, const FrameFormat &format, Frame &into) {
+    if (clip_ == kScene) {
+        scene(number, format, into);
+        return;
+    }
     if (!still_ || still_->format() != format)
         still_ = std::make_unique<Frame>(default_frame(clip_, number, format));
-    return *still_;
+    into.assign(*still_);
 }
+
+bool DefaultClip::changes() const { return clip_ == kScene; }
 
 std::string DefaultClip::describe() const { return std::string("built-in ") + clip_name(clip_); }
 

@@ -19,8 +19,10 @@ class DefaultClip : public ClipSource {
 public:
     explicit DefaultClip(int clip) : clip_(clip) {}
     Frame frame(int number, const FrameFormat &format) override;
+    void fill(int number, const FrameFormat &format, Frame &into) override;
     void check(int, int, const FrameFormat &) override {}
     std::string describe() const override;
+    bool changes() const override;
 
 private:
     int clip_;

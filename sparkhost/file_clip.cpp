@@ -25,6 +25,14 @@ Frame FileClip::frame(int number, const FrameFormat &format) {
     return picture;
 }
 
+void FileClip::fill(int number, const FrameFormat &format, Frame &into) {
+    if (!pattern_.is_sequence() && still_ && still_->format() == format) {
+        into.assign(*still_);
+        return;
+    }
+    into = frame(number, format);
+}
+
 void FileClip::check(int first, int last, const FrameFormat &format) {
     if (!pattern_.is_sequence()) first = last = 0;
     for (int number = first; number <= last; ++number) {

@@ -15,7 +15,9 @@ public:
     Frame frame(int number, const FrameFormat &format) override;
     // Every file of first..last exists, is an image and has the frame's size.
     void check(int first, int last, const FrameFormat &format) override;
+    void fill(int number, const FrameFormat &format, Frame &into) override;
     std::string describe() const override { return pattern_.text(); }
+    bool changes() const override { return pattern_.is_sequence(); }
 
 private:
     FramePattern pattern_;

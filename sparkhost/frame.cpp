@@ -15,6 +15,16 @@ std::string FrameFormat::describe() const {
 
 Frame::Frame(const FrameFormat &format) : format_(format), pixels_(format.bytes(), 0) {}
 
+void Frame::reshape(const FrameFormat &format) {
+    format_ = format;
+    pixels_.resize(format.bytes());
+}
+
+void Frame::assign(const Frame &other) {
+    format_ = other.format_;
+    pixels_.assign(other.pixels_.begin(), other.pixels_.end());
+}
+
 int Frame::value(int x, int y, int c) const {
     std::size_t at = offset(x, y);
     if (format_.depth == Depth::Bits8) return pixels_[at + c];
@@ -41,11 +51,6 @@ void Frame::set_rgb16(int x, int y, uint16_t red, uint16_t green, uint16_t blue)
 
 uint16_t Frame::value16(int x, int y, int c) const {
     return widen_to16(value(x, y, c), format_.depth);
-}
-
-int quantize16(uint16_t value, Depth depth) {
-    uint32_t top = depth == Depth::Bits12 ? 4095 : 255;
-    return int((uint32_t(value) * top + 32767) / 65535);
 }
 
 uint16_t widen_to16(int value, Depth depth) {

@@ -38,10 +38,19 @@ public:
     Frame() = default;
     explicit Frame(const FrameFormat &format);  // all black
 
+    // Gives the frame `format`, keeping its storage when the size allows;
+    // the pixels are left as they were (callers overwrite every one).
+    void reshape(const FrameFormat &format);
+    // Copies other's pixels into this frame's storage.
+    void assign(const Frame &other);
+
     const FrameFormat &format() const { return format_; }
     int width() const { return format_.width; }
     int height() const { return format_.height; }
     uint8_t *data() { return pixels_.data(); }
+    // Row y (counted from the bottom) as bytes.
+    uint8_t *row(int y) { return pixels_.data() + std::size_t(y) * format_.row_bytes(); }
+    const uint8_t *row(int y) const { return pixels_.data() + std::size_t(y) * format_.row_bytes(); }
     const uint8_t *data() const { return pixels_.data(); }
     std::size_t size() const { return pixels_.size(); }
     std::vector<uint8_t> &bytes() { return pixels_; }
@@ -70,8 +79,12 @@ private:
     std::vector<uint8_t> pixels_;
 };
 
-// Rounds a 16-bit channel to the frame depth's range and back.
-int quantize16(uint16_t value, Depth depth);
+// Rounds a 16-bit channel to the frame depth's range and back. Inline: the
+// built-in pictures round every channel of every frame.
+inline int quantize16(uint16_t value, Depth depth) {
+    uint32_t top = depth == Depth::Bits12 ? 4095 : 255;
+    return int((uint32_t(value) * top + 32767) / 65535);
+}
 uint16_t widen_to16(int value, Depth depth);
 
 }  // namespace sparkhost

@@ -16,6 +16,7 @@
 #include "sparkhost/default_clips.h"
 #include "sparkhost/error.h"
 #include "sparkhost/file_clip.h"
+#include "sparkhost/prefetch_clip.h"
 
 namespace sparkhost {
 
@@ -131,6 +132,7 @@ void Host::set_input(int clip, Frame still) {
 void Host::set_input(int clip, std::shared_ptr<ClipSource> source) {
     if (clip < 0 || clip >= kClipCount) throw Error("no input clip " + std::to_string(clip));
     inputs_[clip] = source ? std::move(source) : make_default_clip(clip);
+    filled_from_[clip] = nullptr;
 }
 
 void Host::set_input_file(int clip, const std::string &pattern) {
@@ -152,6 +154,12 @@ void Host::check_inputs(int first, int last) {
     }
 }
 
+void Host::read_ahead(int first, int last) {
+    for (std::shared_ptr<ClipSource> &input : inputs_)
+        if (input->changes()) input = std::make_shared<PrefetchClip>(input, first, last, settings_.format);
+    filled_from_.fill(nullptr);
+}
+
 unsigned Host::initialise(int frame) {
     require_loaded("SparkInitialise");
     auto initialise_entry = entry<InitialiseFunction>("SparkInitialise");
@@ -166,6 +174,11 @@ unsigned Host::initialise(int frame) {
 }
 
 std::optional<Frame> Host::process(int frame) {
+    if (!run_frame(frame)) return std::nullopt;
+    return output_;
+}
+
+bool Host::run_frame(int frame) {
     require_loaded("SparkProcess");
     auto process_entry = entry<ProcessFunction>("SparkProcess");
     if (!process_entry) throw Error("plug-in '" + path_ + "' exports no SparkProcess");
@@ -182,14 +195,14 @@ std::optional<Frame> Host::process(int frame) {
     unsigned long *result = process_entry(info_record(frame));
     if (!result) {
         last_failure_ = "plug-in returned no picture for frame " + std::to_string(frame);
-        return std::nullopt;
+        return false;
     }
     if (static_cast<void *>(result) != static_cast<void *>(output_.data())) {
         last_failure_ = "plug-in returned pixels other than the output buffer for frame " +
                         std::to_string(frame);
-        return std::nullopt;
+        return false;
     }
-    return output_;
+    return true;
 }
 
 void Host::uninitialise(int frame) {
@@ -206,17 +219,23 @@ void Host::prepare_frame(int frame, unsigned clips) {
     const FrameFormat &format = settings_.format;
     for (int clip = 0; clip < kClipCount; ++clip) {
         if (!(clips & (1u << clip))) continue;
-        Frame picture;
+        // Filled in place: the buffers keep their storage from frame to frame.
+        // A still picture already in its buffer is not copied again; plug-ins
+        // read their input buffers and never write them.
+        Frame &picture = input_buffers_[clip];
+        ClipSource *source = inputs_[clip].get();
+        if (filled_from_[clip] == source && !source->changes() && picture.format() == format) continue;
+        filled_from_[clip] = nullptr;
         try {
-            picture = inputs_[clip]->frame(frame, format);
+            source->fill(frame, format, picture);
         } catch (const Error &error) {
             throw Error(std::string(clip_name(clip)) + " input: " + error.what());
         }
+        filled_from_[clip] = source;
         if (picture.format() != format)
             throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() +
                         " is " + picture.format().describe() + " but the frame is " +
                         format.describe());
-        input_buffers_[clip] = std::move(picture);
     }
     if (output_.format() != format)
         output_ = Frame(format);

@@ -124,10 +124,16 @@ public:
     ClipSource &input(int clip);
     // Throws Error unless every input can serve frames first..last.
     void check_inputs(int first, int last);
+    // From here on, inputs that change from frame to frame are read or drawn
+    // ahead of the render, frames first..last in order (prefetch_clip.h).
+    void read_ahead(int first, int last);
 
     // --- the frame cycle -----------------------------------------------------
     unsigned initialise(int frame = 1);   // SparkInitialise, SparkClips, SparkMemoryTempBuffers
     std::optional<Frame> process(int frame);
+    // process() without the copy: true when the plug-in rendered, the
+    // picture then being output_buffer() until the next frame or change.
+    bool run_frame(int frame);
     void uninitialise(int frame = 1);
     // Fills the four input buffers for a frame and clears the output buffer;
     // process() does this itself. Callers that invoke plug-in callbacks
@@ -213,6 +219,8 @@ private:
     std::string path_;
     std::array<std::shared_ptr<ClipSource>, kClipCount> inputs_;
     std::array<Frame, kClipCount> input_buffers_;
+    // The source whose picture each input buffer holds, null when unknown.
+    std::array<const ClipSource *, kClipCount> filled_from_{};
     Frame output_;
     bool started_ = false;
     int current_frame_ = 1;

@@ -2,6 +2,7 @@
 #include "sparkhost/image_io.h"
 
 #include <OpenImageIO/imageio.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -39,12 +40,38 @@ std::string extension_of(const std::string &path) {
     return extension;
 }
 
-// A render writes many frames: the formats' default compression levels make
-// writing cost several times the rendering, for files a tenth smaller.
-void choose_fast_compression(const std::string &extension, OIIO::ImageSpec &spec) {
-    if (extension == ".png") spec.attribute("png:compressionLevel", 1);
-    if (extension == ".tif" || extension == ".tiff") spec.attribute("compression", "zip:1");
-    if (extension == ".exr") spec.attribute("compression", "piz");
+// Lossless compressions every compositor reads: Deflate TIFF and PNG at
+// the fastest level, since a render writes many frames, and PIZ EXR, which
+// on grainy pictures is both smaller and faster than ZIP.
+const char *render_compression(const std::string &extension) {
+    if (extension == ".tif" || extension == ".tiff") return "zip:1";
+    if (extension == ".exr") return "piz";
+    if (extension == ".png") return "zip:1";
+    return "";
+}
+
+// The compression names each format's writer knows; others are refused
+// rather than quietly replaced by the writer's default.
+const std::vector<std::string> *known_compressions(const std::string &extension) {
+    static const std::vector<std::string> tiff = {"none", "lzw", "zip", "packbits"};
+    static const std::vector<std::string> exr = {"none", "rle",  "zip", "zips", "piz",
+                                                 "pxr24", "b44", "b44a", "dwaa", "dwab"};
+    static const std::vector<std::string> png = {"zip", "none"};
+    if (extension == ".tif" || extension == ".tiff") return &tiff;
+    if (extension == ".exr") return &exr;
+    if (extension == ".png") return &png;
+    return nullptr;
+}
+
+void apply_compression(const std::string &extension, const std::string &compression, OIIO::ImageSpec &spec) {
+    std::string chosen = compression.empty() ? render_compression(extension) : compression;
+    if (chosen.empty()) return;
+    if (extension == ".png") {
+        // PNG is always Deflate; "none" is its level 0.
+        spec.attribute("compression", chosen == "none" ? "zip:0" : chosen);
+        return;
+    }
+    spec.attribute("compression", chosen);
 }
 
 }  // namespace
@@ -63,6 +90,13 @@ Frame read_image(const std::string &path, Depth depth) {
         throw Error(quoted(path) + " holds no pixels");
     std::size_t samples = std::size_t(spec.width) * spec.height * channels;
     Frame frame(FrameFormat{spec.width, spec.height, depth});
+    if (depth == Depth::Bits8 && channels >= 3) {
+        // Straight into the frame, last row first, so the file lands flipped.
+        const auto row_bytes = OIIO::stride_t(frame.format().row_bytes());
+        if (!input->read_image(0, 0, 0, 3, OIIO::TypeDesc::UINT8, frame.row(spec.height - 1), 3, -row_bytes))
+            throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
+        return frame;
+    }
     // 8-bit reads let the library round; 12-bit reads go through floats so
     // 16-bit and float files land on the nearest of the 4096 levels.
     std::vector<uint8_t> bytes;
@@ -102,7 +136,25 @@ bool can_write_image(const std::string &path) {
     return bool(output);
 }
 
-void write_image(const std::string &path, const Frame &frame) {
+std::string default_compression(const std::string &path) { return render_compression(extension_of(path)); }
+
+void check_compression(const std::string &path, const std::string &compression) {
+    const std::string extension = extension_of(path);
+    const std::vector<std::string> *known = known_compressions(extension);
+    if (!known) throw Error("--compression: " + extension + " files take no compression setting");
+    const std::string name = compression.substr(0, compression.find(':'));
+    const std::string level = compression.find(':') == std::string::npos ? "" : compression.substr(compression.find(':') + 1);
+    const bool level_ok = level.empty() || (level.size() <= 2 && std::all_of(level.begin(), level.end(), ::isdigit) &&
+                                            std::stoi(level) <= 9 && name == "zip");
+    if (std::find(known->begin(), known->end(), name) == known->end() || !level_ok) {
+        std::string names;
+        for (const std::string &one : *known) names += (names.empty() ? "" : ", ") + one;
+        throw Error("--compression: '" + compression + "' is not one of " + names + " (zip:0-9 sets a level) for " +
+                    extension + " files");
+    }
+}
+
+void write_image(const std::string &path, const Frame &frame, const std::string &compression) {
     auto output = OIIO::ImageOutput::create(path);
     if (!output)
         throw Error("cannot write " + quoted(path) + ": no image format for its extension");
@@ -112,31 +164,34 @@ void write_image(const std::string &path, const Frame &frame) {
     OIIO::TypeDesc file_type = extension == ".exr" ? (deep ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF)
                                             : (deep ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
     OIIO::ImageSpec spec(format.width, format.height, 3, file_type);
-    choose_fast_compression(extension, spec);
+    apply_compression(extension, compression, spec);
     AtomicFile file(path);
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-    std::size_t row_samples = std::size_t(format.width) * 3;
+    const std::size_t row_samples = std::size_t(format.width) * 3;
     bool ok;
     if (deep) {
+        // Widened as Frame::value16 widens: the 12 bits repeated below themselves.
         std::vector<uint16_t> samples(row_samples * format.height);
         for (int file_row = 0; file_row < format.height; ++file_row) {
-            int y = format.height - 1 - file_row;
+            const uint8_t *row = frame.row(format.height - 1 - file_row);
             uint16_t *out = &samples[file_row * row_samples];
-            for (int x = 0; x < format.width; ++x)
-                for (int c = 0; c < 3; ++c) *out++ = frame.value16(x, y, c);
+            for (std::size_t i = 0; i < row_samples; ++i) {
+                uint16_t word;
+                std::memcpy(&word, row + 2 * i, 2);
+                word &= 0xFFF0;
+                out[i] = uint16_t(word | (word >> 12));
+            }
         }
         ok = output->write_image(OIIO::TypeDesc::UINT16, samples.data());
     } else {
-        std::vector<uint8_t> samples(row_samples * format.height);
-        for (int file_row = 0; file_row < format.height; ++file_row) {
-            const uint8_t *row = frame.data() + std::size_t(format.height - 1 - file_row) * row_samples;
-            std::memcpy(&samples[file_row * row_samples], row, row_samples);
-        }
-        ok = output->write_image(OIIO::TypeDesc::UINT8, samples.data());
+        // Frames are bottom row first: the last row read upwards is the file.
+        const auto row_bytes = OIIO::stride_t(row_samples);
+        ok = output->write_image(OIIO::TypeDesc::UINT8, frame.row(format.height - 1), OIIO::AutoStride, -row_bytes);
     }
     if (!ok || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
+    output.reset();
     file.commit();
 }
 

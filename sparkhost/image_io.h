@@ -24,8 +24,18 @@ Frame read_image(const std::string &path, Depth depth);
 // Writes RGB in the format the extension names: 8 bits a channel for 8-bit
 // frames, 16 for 12-bit frames; EXR gets half floats for 8-bit frames and
 // full floats for 12-bit ones, since half floats cannot hold 12 bits exactly.
-// The file appears under path only once complete. Throws Error.
-void write_image(const std::string &path, const Frame &frame);
+// `compression` is the file's "compression" attribute ("zip", "zip:1",
+// "piz", ...); empty picks default_compression. The file appears whole or
+// not at all: it is written under a temporary name and renamed into place.
+// Throws Error.
+void write_image(const std::string &path, const Frame &frame, const std::string &compression = "");
+
+// What a render writes to the path's format by default ("" for formats left
+// to their own default): Deflate TIFF and PNG at the fastest level, PIZ EXR.
+std::string default_compression(const std::string &path);
+// Throws Error naming the choices unless the path's format knows the
+// compression (a name, or zip:LEVEL with LEVEL 0-9).
+void check_compression(const std::string &path, const std::string &compression);
 
 // Whether some image format is known for the path's extension.
 bool can_write_image(const std::string &path);

@@ -2,7 +2,6 @@
 #include "frame_output.h"
 
 #include <filesystem>
-#include <system_error>
 
 #include "sparkhost/error.h"
 #include "sparkhost/image_io.h"

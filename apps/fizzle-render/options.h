@@ -28,6 +28,7 @@ struct RenderOptions {
     int processors = sparkhost::Settings::default_processors();
     std::array<std::string, sparkhost::kClipCount> inputs;  // empty: built-in picture
     std::string output;
+    std::string compression;  // empty: sparkhost::default_compression of the output
     bool overlay = false;     // draw the viewer overlay over each written frame
     std::string overlay_svg;  // pattern of SVG files of the overlay, one a frame
     std::string plugin;  // empty: fizzle.spark next to this program

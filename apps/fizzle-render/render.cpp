@@ -20,6 +20,7 @@
 #include "stop_request.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
+#include "sparkhost/frame_writer.h"
 #include "sparkhost/image_io.h"
 #include "sparkhost/setup_file.h"
 
@@ -46,6 +47,7 @@ void check_output(const RenderOptions &options) {
     if (access(directory.c_str(), W_OK) != 0)
         throw Error("output directory '" + directory.string() + "' is not writable: " + std::strerror(errno));
     if (fs::is_directory(first, error)) throw Error("output '" + first.string() + "' is a directory");
+    if (!options.compression.empty()) sparkhost::check_compression(first.string(), options.compression);
 }
 
 // Keeps what the plug-in prints at start-up off standard output, where a
@@ -110,7 +112,11 @@ int render(const RenderOptions &options) {
     });
     const int start = shot.catch_up();
 
+    // Inputs are read ahead and frames written behind, each on a thread of
+    // its own, so the render itself waits on neither.
     sparkhost::FramePattern output(options.output);
+    host.read_ahead(start, options.last_frame);
+    sparkhost::FrameWriter writer(output, options.compression);
     progress.start();
     for (int frame = start; frame <= options.last_frame; ++frame) {
         if (int signal = stop_signal()) {
@@ -122,14 +128,16 @@ int render(const RenderOptions &options) {
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
             shot.advance(frame);
         } else {
-            std::optional<sparkhost::Frame> picture = host.process(frame);
-            if (!picture) throw Error(host.last_failure());
-            overlay.apply(frame, *picture);
-            write_frame_whole(output.path(frame), *picture);
+            if (!host.run_frame(frame)) throw Error(host.last_failure());
+            sparkhost::Frame picture = writer.take_buffer();
+            picture.assign(host.output_buffer());
+            overlay.apply(frame, picture);
+            writer.submit(frame, std::move(picture));
         }
         shot.frame_done(frame);
         progress.frame_done(frame);
     }
+    writer.finish();
     host.uninitialise(options.last_frame);
     progress.finish(options.writes_frames() ? options.output : "the cache " + options.cache_dir);
     return 0;
