@@ -62,9 +62,12 @@ int main(int argc, char **argv) {
         std::printf("Fizzle Studio: http://%s:%d/?token=%s\n", options.listen.c_str(), port, server.token().c_str());
         std::fflush(stdout);
 
-        std::thread stopper([&server, stops] {
+        std::thread stopper([&server, &session, stops] {
             int signal = 0;
             sigwait(&stops, &signal);
+            // Requests waiting on the plug-in or on a question end first, so
+            // that the server's workers can be joined.
+            session.stop_requests();
             server.stop();
         });
         server.serve();

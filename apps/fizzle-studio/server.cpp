@@ -9,6 +9,7 @@
 
 #include <httplib.h>
 
+#include "command_line.h"
 #include "sparkhost/error.h"
 
 using nlohmann::json;
@@ -149,24 +150,6 @@ std::string make_token() {
         token += hex;
     }
     return token;
-}
-
-std::string shell_command(const std::vector<std::string> &words) {
-    std::string line;
-    for (const std::string &word : words) {
-        if (!line.empty()) line += ' ';
-        const bool plain = !word.empty() && word.find_first_not_of(
-                                                "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./=:,+%#@") ==
-                                                std::string::npos;
-        if (plain) {
-            line += word;
-            continue;
-        }
-        line += '\'';
-        for (char c : word) line += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        line += '\'';
-    }
-    return line;
 }
 
 StudioServer::StudioServer(Session &session, const ServerPaths &paths, std::string token)

@@ -47,5 +47,3 @@ private:
 
 // A fresh random token, 32 hex digits.
 std::string make_token();
-// The arguments as one shell command line, quoted where needed.
-std::string shell_command(const std::vector<std::string> &words);

@@ -242,6 +242,7 @@ json Session::go_to(int frame) {
             process_to(next);
             std::lock_guard<std::mutex> state(state_mutex_);
             ++busy_done_;
+            if (stopping_) throw RequestError("the studio is stopping");
         }
     } catch (...) {
         std::lock_guard<std::mutex> state(state_mutex_);
@@ -404,13 +405,15 @@ Picture Session::picture() {
     return picture_;
 }
 
+void Session::stop_requests() {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    stopping_ = true;
+    answered_.notify_all();
+}
+
 void Session::shutdown() {
-    {
-        std::lock_guard<std::mutex> lock(state_mutex_);
-        if (stopping_) return;
-        stopping_ = true;
-        answered_.notify_all();
-    }
+    stop_requests();
     std::lock_guard<std::mutex> lock(plugin_mutex_);
-    if (host_ && host_->loaded()) host_->uninitialise(frame_);
+    if (host_ && host_->loaded() && !uninitialised_) host_->uninitialise(frame_);
+    uninitialised_ = true;
 }

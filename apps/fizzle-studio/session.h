@@ -69,8 +69,10 @@ public:
     nlohmann::json state(uint64_t messages_after);
     Picture picture();
     bool answer_confirm(uint64_t id, bool yes);
-    // Refuses further plug-in calls, answers an open question "no" and lets
-    // the plug-in go.
+    // Refuses further plug-in calls and answers an open question "no", so
+    // that requests under way end soon.
+    void stop_requests();
+    // stop_requests(), then lets the plug-in go.
     void shutdown();
 
 private:
@@ -95,6 +97,7 @@ private:
     std::unique_ptr<sparkhost::Viewer> viewer_;
     std::mutex plugin_mutex_;
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
+    bool uninitialised_ = false;
 
     std::mutex state_mutex_;
     std::condition_variable answered_;

@@ -280,11 +280,13 @@ test('requests without the token get 403; paths outside the working directory ge
   assert.equal(missing.status, 400);
 });
 
-test('SIGTERM stops the studio cleanly and promptly', async () => {
+test('SIGTERM stops the studio cleanly and promptly, even with a question waiting for its answer', async () => {
   const own = await startStudio(makeWorkDir(), ['--size', '320x180']);
   const page = await browser.newPage();
   await page.goto(own.url);
   await page.waitForSelector('body[data-ready=true]', { timeout: 30000 });
+  await page.getByRole('button', { name: 'Reset' }).first().click();
+  await page.getByRole('dialog').waitFor({ state: 'visible' });
   const started = Date.now();
   const exit = await stopStudio(own);
   assert.deepEqual(exit, { code: 0, signal: null });

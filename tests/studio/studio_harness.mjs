@@ -31,6 +31,7 @@ export function startStudio(workDir, args = [], timeoutMs = 60000) {
         });
       }
     });
+    child.on('error', (error) => { clearTimeout(timer); reject(error); });
     child.on('exit', (code) => { clearTimeout(timer); reject(new Error(`studio exited with ${code}:\n${err}`)); });
   });
 }

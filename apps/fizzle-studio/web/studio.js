@@ -547,7 +547,7 @@ function showRender(render) {
     render.outcome ? `${render.outcome}: ${render.done} of ${render.total} frames` : '';
 }
 
-let polling = false;
+let polling = false, refreshing = false;
 async function poll() {
   if (polling) return;
   polling = true;
@@ -558,9 +558,12 @@ async function poll() {
     showBusy(state.busy);
     showRender(state.render);
     showTimeline(state);
-    if (state.version !== view.version && !view.playing && !pen.down) {
+    // Not awaited: a refresh waits for the plug-in, which may itself be
+    // waiting for the answer to a question this poll has to show.
+    if (state.version !== view.version && !view.playing && !pen.down && !refreshing) {
       view.version = state.version;
-      await refresh(state);
+      refreshing = true;
+      refresh(state).finally(() => { refreshing = false; });
     }
   } catch (error) {
     if (error.status === 403) notify('The studio refused the page: open the address it printed', 'error');
