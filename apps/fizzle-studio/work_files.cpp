@@ -34,7 +34,8 @@ std::optional<std::string> WorkFiles::resolve(const std::string &relative) const
 std::string WorkFiles::relative(const std::string &absolute) const {
     std::error_code error;
     fs::path name = fs::relative(absolute, root_, error);
-    return error || name.empty() ? absolute : name.string();
+    if (error || name.empty() || *name.begin() == "..") return absolute;
+    return name.string();
 }
 
 std::optional<std::vector<WorkFiles::Entry>> WorkFiles::list(const std::string &directory,

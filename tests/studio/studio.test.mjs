@@ -3,7 +3,7 @@
 import { test, before, after } from 'node:test';
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdirSync, writeFileSync, symlinkSync, existsSync } from 'node:fs';
+import { mkdirSync, writeFileSync, readFileSync, symlinkSync, existsSync } from 'node:fs';
 import path from 'node:path';
 import { buildDir, startStudio, stopStudio, launchBrowser, makeWorkDir } from './studio_harness.mjs';
 
@@ -294,4 +294,28 @@ test('SIGTERM stops the studio cleanly and promptly, even with a question waitin
   assert.match(own.stderr(), /fizzle-studio: stopped/);
   await assert.rejects(fetch(`${own.base}/api/state?token=${own.token}`));
   await page.close();
+});
+
+test('"Copy command line" gives a fizzle-render command that renders exactly the frame on screen', async () => {
+  const t = `token=${studio.token}`;
+  const post = async (address, body) => {
+    const response = await fetch(`${studio.base}${address}?${t}`, { method: 'POST', body: JSON.stringify(body) });
+    assert.equal(response.status, 200, `${address}: ${await response.clone().text()}`);
+    return response.json();
+  };
+  await post('/api/set', { number: 16, value: 35 });
+  await post('/api/goto', { frame: 1 });
+  await post('/api/goto', { frame: 4 });
+  const shown = new Uint8Array(await (await fetch(`${studio.base}/api/frame?${t}`)).arrayBuffer());
+  mkdirSync(path.join(work, 'hand'), { recursive: true });
+  const { command } = await post('/api/command', { setup: 'hand/setup.json', output: 'hand/f.####.ppm', first: 1, last: 4 });
+  assert.match(command, /--setup hand\/setup.json --frames 1-4 -o 'hand\/f.####.ppm'$/);
+  execFileSync('/bin/sh', ['-c', `${command} --quiet`], { cwd: work, stdio: 'ignore' });
+  const file = readFileSync(path.join(work, 'hand', 'f.0004.ppm'));
+  const header = file.subarray(0, 20).toString('latin1').match(/^P6\s+(\d+)\s+(\d+)\s+255\s/);
+  const pixels = file.subarray(header[0].length);
+  let differing = 0;
+  for (let i = 0; i < Number(header[1]) * Number(header[2]); ++i)
+    for (let c = 0; c < 3; ++c) if (pixels[i * 3 + c] !== shown[i * 4 + c]) { ++differing; break; }
+  assert.equal(differing, 0);
 });

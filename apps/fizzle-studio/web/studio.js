@@ -591,18 +591,31 @@ async function play() {
   $('play').setAttribute('aria-label', 'Pause');
   let shown = 0;
   const started = performance.now();
+  const advance = () => call('/api/goto', { frame: view.frame >= view.last ? view.first : view.frame + 1 })
+    .catch((error) => { notify(error.message, 'error'); return null; });
+  // The next frame renders while this one travels to the page and is drawn.
+  let next = advance();
   while (view.playing) {
-    const next = view.frame >= view.last ? view.first : view.frame + 1;
-    const answer = await call('/api/goto', { frame: next }).catch((error) => { notify(error.message, 'error'); return null; });
+    const answer = await next;
     if (!answer) break;
     view.frame = answer.frame;
     $('frame-number').value = answer.frame;
     $('scrubber').value = answer.frame;
-    await Promise.all([fetchPicture(), fetchOverlay()]);
+    const shownFrame = fetchPicture();
+    fetchOverlay();
+    if (view.playing) next = advance();
+    await shownFrame;
     ++shown;
     const seconds = (performance.now() - started) / 1000;
     $('fps').textContent = `${(shown / seconds).toFixed(1)} frames/s`;
     $('fps').dataset.rate = String(shown / seconds);
+  }
+  const last = await next;
+  if (last) {
+    view.frame = last.frame;
+    $('frame-number').value = last.frame;
+    $('scrubber').value = last.frame;
+    await fetchPicture();
   }
   view.playing = false;
   $('play').textContent = '▶ Play';
