@@ -309,7 +309,7 @@ test('"Copy command line" gives a fizzle-render command that renders exactly the
   const shown = new Uint8Array(await (await fetch(`${studio.base}/api/frame?${t}`)).arrayBuffer());
   mkdirSync(path.join(work, 'hand'), { recursive: true });
   const { command } = await post('/api/command', { setup: 'hand/setup.json', output: 'hand/f.####.ppm', first: 1, last: 4 });
-  assert.match(command, /--setup hand\/setup.json --frames 1-4 -o 'hand\/f.####.ppm'$/);
+  assert.match(command, /--setup hand\/setup.json (--preroll )?--frames 1-4 -o 'hand\/f.####.ppm'$/);
   execFileSync('/bin/sh', ['-c', `${command} --quiet`], { cwd: work, stdio: 'ignore' });
   const file = readFileSync(path.join(work, 'hand', 'f.0004.ppm'));
   const header = file.subarray(0, 20).toString('latin1').match(/^P6\s+(\d+)\s+(\d+)\s+255\s/);
