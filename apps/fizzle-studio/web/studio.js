@@ -158,7 +158,7 @@ function zoomFit() {
 // --- pen --------------------------------------------------------------------------
 
 // Samples go one at a time; moves waiting behind a busy call collapse into the latest.
-const pen = { queue: [], sending: false, down: false, panning: null };
+const pen = { queue: [], sending: false, down: false, panning: null, controlsDue: null };
 
 function penSample(event, pressure) {
   const rect = $('picture').getBoundingClientRect();
@@ -186,7 +186,10 @@ async function sendPen() {
       drawOverlay(answer.overlay);
       $('viewport').style.cursor = CURSORS[answer.cursor] || 'crosshair';
       if (answer.picture > view.pictureVersion) await fetchPicture();
-      if (answer.updates && answer.updates.length) loadControls();
+      // A drag moves controls with every sample; their fields follow a few times a second.
+      if (answer.updates && answer.updates.length && !pen.controlsDue) {
+        pen.controlsDue = setTimeout(() => { pen.controlsDue = null; loadControls(); }, pen.down ? 200 : 0);
+      }
       view.version = Math.max(view.version, answer.version);
       $('overlay').dataset.redraws = String(Number($('overlay').dataset.redraws || 0) + 1);
     } catch (error) {
