@@ -4,7 +4,7 @@ BUILD      ?= build
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=Release
 
-.PHONY: all deps configure build test demo bench sanitize tsan fuzz install clean
+.PHONY: all deps configure build test demo studio bench sanitize tsan fuzz install clean
 
 all: build
 
@@ -23,6 +23,11 @@ test: build
 # The main job: a preset over the built-in default scene, no input files.
 demo: build
 	./scripts/demo.sh $(BUILD)
+
+# The interactive studio on the built-in clips, serving the working directory;
+# STUDIO_ARGS passes options on (e.g. STUDIO_ARGS="--preset Soap --port 8700").
+studio: build
+	$(BUILD)/fizzle-studio $(STUDIO_ARGS)
 
 bench: build
 	@for b in $(BUILD)/bench/*_bench; do echo "== $$b"; $$b; done

@@ -3,7 +3,11 @@
 set -e
 PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
 libgtest-dev libgmock-dev libbenchmark-dev \
-slurm-wlm munge"
+slurm-wlm munge libcpp-httplib-dev chromium"
+# fizzle-studio's browser tests run Playwright (from npm) under node; a node
+# installed some other way, with its own npm, is kept.
+command -v node >/dev/null 2>&1 || PACKAGES="$PACKAGES nodejs"
+command -v npm >/dev/null 2>&1 || PACKAGES="$PACKAGES npm"
 [ -n "$FIZZLE_EXTRA_PACKAGES" ] && PACKAGES="$PACKAGES $FIZZLE_EXTRA_PACKAGES"
 missing=""
 for p in $PACKAGES; do

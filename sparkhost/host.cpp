@@ -344,6 +344,7 @@ void Host::report(Message::Kind kind, const std::string &text) {
 
 int Host::confirm(const std::string &text) {
     report(Message::Kind::Confirm, text);
+    if (settings_.confirm_handler) return settings_.confirm_handler(text) ? 1 : 0;
     return settings_.confirm_answer ? 1 : 0;
 }
 

@@ -70,6 +70,8 @@ struct Settings {
     int free_buffers = 8;          // sparkMemGetFreeMemory
     double api_version = 4.0;      // sparkAPIVersionInfo
     bool confirm_answer = true;    // sparkMessageConfirm: yes
+    // Asks a person instead (an interactive host); unset: confirm_answer.
+    std::function<bool(const std::string &)> confirm_handler;
     float viewer_ratio = 1.0f;     // sparkGetViewerRatio
     bool viewer_active = true;     // info record byte 4120
     // Resolution list entry to select before every frame (0 FULL .. 8 1/32);

@@ -35,21 +35,6 @@ const SparkPupStruct &list_of(const Control &control) {
     return *static_cast<const SparkPupStruct *>(control.structure());
 }
 
-// A list's entries as the user reads them: without the label they share
-// ("Growth Mode: Shrinking" gives "Shrinking").
-std::vector<std::string> entry_names(const Control &control) {
-    const SparkPupStruct &list = list_of(control);
-    std::vector<std::string> names;
-    const int count = std::clamp<int>(list.Count, 0, SPARK_PUP_MAX_ENTRIES);
-    for (int i = 0; i < count; ++i) {
-        std::string entry = trim(list.Titles[i] ? list.Titles[i] : "");
-        const std::string prefix = control.name() + ":";
-        if (lower(entry).compare(0, prefix.size(), lower(prefix)) == 0) entry = trim(entry.substr(prefix.size()));
-        names.push_back(entry);
-    }
-    return names;
-}
-
 bool parse_number(std::string_view text, double &value) {
     const std::string copy = trim(text);
     if (copy.empty()) return false;
@@ -134,27 +119,6 @@ std::string allowed_text(Control &control) {
     return {};
 }
 
-// Auto Preview switched off for as long as the options are applied, so that
-// no callback renders a frame and advances the bubbles.
-class PreviewPause {
-public:
-    explicit PreviewPause(ControlTable &controls) {
-        for (Control &control : controls.controls())
-            if (control.kind() == ControlKind::Boolean && lower(control.name()) == "auto preview") {
-                saved_.emplace_back(&control, control.value());
-                control.assign_clamped(0);
-            }
-    }
-    ~PreviewPause() {
-        for (auto &[control, value] : saved_) control->assign_clamped(value);
-    }
-    PreviewPause(const PreviewPause &) = delete;
-    PreviewPause &operator=(const PreviewPause &) = delete;
-
-private:
-    std::vector<std::pair<Control *, double>> saved_;
-};
-
 void choose_preset(ControlTable &controls, const std::string &name, const UserAction &act) {
     const std::vector<std::string> names = preset_names(controls);
     for (size_t i = 0; i < names.size(); ++i)
@@ -199,6 +163,31 @@ void animate_one(ControlTable &controls, const ControlAnimation &animation) {
 }
 
 }  // namespace
+
+PreviewPause::PreviewPause(ControlTable &controls) {
+    for (Control &control : controls.controls())
+        if (control.kind() == ControlKind::Boolean && lower(control.name()) == "auto preview") {
+            saved_.emplace_back(&control, control.value());
+            control.assign_clamped(0);
+        }
+}
+
+PreviewPause::~PreviewPause() {
+    for (auto &[control, value] : saved_) control->assign_clamped(value);
+}
+
+std::vector<std::string> entry_names(const Control &control) {
+    const SparkPupStruct &list = list_of(control);
+    std::vector<std::string> names;
+    const int count = std::clamp<int>(list.Count, 0, SPARK_PUP_MAX_ENTRIES);
+    for (int i = 0; i < count; ++i) {
+        std::string entry = trim(list.Titles[i] ? list.Titles[i] : "");
+        const std::string prefix = control.name() + ":";
+        if (lower(entry).compare(0, prefix.size(), lower(prefix)) == 0) entry = trim(entry.substr(prefix.size()));
+        names.push_back(entry);
+    }
+    return names;
+}
 
 double parse_control_value(const Control &control, std::string_view text, const std::string &option) {
     const std::string typed = trim(text);

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "options.h"
@@ -21,9 +22,26 @@ using UserAction = std::function<void(sparkhost::Control &control, const double 
 // the control and the problem (out of range, unknown entry, ...).
 double parse_control_value(const sparkhost::Control &control, std::string_view text, const std::string &option);
 
+// A list's entries as the user reads them: without the label they share
+// ("Growth Mode: Shrinking" gives "Shrinking").
+std::vector<std::string> entry_names(const sparkhost::Control &control);
+
 // The entries of the "Demos" list without their "Demos:" prefix, in list
 // order; throws sparkhost::Error when the plug-in has no such list.
 std::vector<std::string> preset_names(sparkhost::ControlTable &controls);
+
+// "Auto Preview" switched off for as long as it lives, so that no callback
+// renders a frame and advances the bubbles; put back as it was afterwards.
+class PreviewPause {
+public:
+    explicit PreviewPause(sparkhost::ControlTable &controls);
+    ~PreviewPause();
+    PreviewPause(const PreviewPause &) = delete;
+    PreviewPause &operator=(const PreviewPause &) = delete;
+
+private:
+    std::vector<std::pair<sparkhost::Control *, double>> saved_;
+};
 
 // Applies the setup, preset, sets, animations and pre-roll of options, in
 // that order. Auto Preview is off meanwhile, so that no change renders a

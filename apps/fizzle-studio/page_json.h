@@ -1,0 +1,20 @@
+// What the page is sent: controls, overlay drawings and pictures in the
+// forms its widgets and canvases take.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "sparkhost/controls.h"
+#include "sparkhost/frame.h"
+#include "sparkhost/gl_recorder.h"
+
+// number, page, slot, kind, name, title, value (colours as "#RRGGBB", lists
+// from 0), range and step, list entries, text, enabled.
+nlohmann::json control_json(const sparkhost::Control &control, bool enabled);
+
+// Primitives recorded at some zoom: mode ("points", "lines", "strip",
+// "polygon"), colour as "#rrggbb" and the vertices flattened, y up.
+nlohmann::json overlay_json(const std::vector<sparkhost::GlPrimitive> &primitives);
+
+// RGBA bytes with the top row first, whatever the frame's depth.
+std::vector<uint8_t> rgba_top_down(const sparkhost::Frame &frame);

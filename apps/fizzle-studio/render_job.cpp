@@ -1,0 +1,116 @@
+// fizzle-render as a child process, its progress read from the files it has
+// renamed into place.
+#include "render_job.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+
+#include "sparkhost/frame_pattern.h"
+
+RenderJob::~RenderJob() {
+    cancel();
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (child_ > 0) {
+        waitpid(child_, nullptr, 0);
+        child_ = -1;
+    }
+    if (error_pipe_ >= 0) close(error_pipe_);
+}
+
+std::string RenderJob::start(const std::string &program, const std::vector<std::string> &arguments,
+                             const std::string &output, int first, int last) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    reap();
+    if (child_ > 0) return "a render is already running";
+    int pipe_ends[2];
+    if (pipe2(pipe_ends, O_CLOEXEC) != 0) return std::string("cannot start the render: ") + std::strerror(errno);
+    std::vector<char *> argv;
+    argv.push_back(const_cast<char *>(program.c_str()));
+    for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child < 0) {
+        close(pipe_ends[0]);
+        close(pipe_ends[1]);
+        return std::string("cannot start the render: ") + std::strerror(errno);
+    }
+    if (child == 0) {
+        dup2(pipe_ends[1], STDERR_FILENO);
+        int null = open("/dev/null", O_RDWR);
+        if (null >= 0) {
+            dup2(null, STDIN_FILENO);
+            dup2(null, STDOUT_FILENO);
+        }
+        execv(program.c_str(), argv.data());
+        const char *text = "cannot run fizzle-render\n";
+        (void)!write(STDERR_FILENO, text, std::strlen(text));
+        _exit(127);
+    }
+    close(pipe_ends[1]);
+    fcntl(pipe_ends[0], F_SETFL, O_NONBLOCK);
+    if (error_pipe_ >= 0) close(error_pipe_);
+    error_pipe_ = pipe_ends[0];
+    child_ = child;
+    output_ = output;
+    first_ = first;
+    last_ = last;
+    started_ = (long long)std::time(nullptr);
+    cancelled_ = false;
+    outcome_.clear();
+    errors_.clear();
+    return {};
+}
+
+void RenderJob::cancel() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (child_ <= 0) return;
+    cancelled_ = true;
+    kill(child_, SIGTERM);
+}
+
+void RenderJob::reap() {
+    if (error_pipe_ >= 0) {
+        char buffer[4096];
+        ssize_t got;
+        while ((got = read(error_pipe_, buffer, sizeof buffer)) > 0) errors_.append(buffer, size_t(got));
+        if (errors_.size() > 65536) errors_.erase(0, errors_.size() - 65536);
+    }
+    if (child_ <= 0) return;
+    int status = 0;
+    if (waitpid(child_, &status, WNOHANG) != child_) return;
+    child_ = -1;
+    if (cancelled_) {
+        outcome_ = "cancelled";
+    } else if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
+        outcome_ = "finished";
+    } else {
+        // The program's last line names the problem.
+        std::string text = errors_;
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+        const size_t line = text.find_last_of("\r\n");
+        outcome_ = line == std::string::npos ? text : text.substr(line + 1);
+        if (outcome_.empty()) outcome_ = "fizzle-render failed";
+    }
+}
+
+nlohmann::json RenderJob::status() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    reap();
+    if (output_.empty()) return {{"running", false}};
+    int done = 0;
+    sparkhost::FramePattern pattern(output_);
+    for (int frame = first_; frame <= last_; ++frame) {
+        struct stat info;
+        if (stat(pattern.path(frame).c_str(), &info) == 0 && (long long)info.st_mtime >= started_) ++done;
+    }
+    nlohmann::json answer = {{"running", child_ > 0}, {"done", done}, {"total", last_ - first_ + 1}};
+    if (!outcome_.empty()) answer["outcome"] = outcome_;
+    return answer;
+}

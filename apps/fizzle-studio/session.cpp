@@ -1,0 +1,419 @@
+// The studio's plug-in instance: user actions in, frames, overlays and
+// messages out.
+#include "session.h"
+
+#include <chrono>
+#include <cstdio>
+
+#include "apps/fizzle-render/control_options.h"
+#include "apps/fizzle-render/host_setup.h"
+#include "page_json.h"
+#include "sparkhost/control_log.h"
+#include "sparkhost/curves.h"
+#include "sparkhost/error.h"
+#include "sparkhost/setup_file.h"
+#include "sparkhost/text_match.h"
+#include "sparkhost/ui_record.h"
+
+using nlohmann::json;
+using sparkhost::Control;
+using sparkhost::ControlKind;
+
+namespace {
+
+constexpr size_t kKeptMessages = 200;
+// A question nobody answers is answered "no", so the plug-in is never held forever.
+constexpr auto kQuestionTimeout = std::chrono::minutes(10);
+
+const char *kind_text(sparkhost::Message::Kind kind) {
+    switch (kind) {
+    case sparkhost::Message::Kind::Error: return "error";
+    case sparkhost::Message::Kind::Confirm: return "confirm";
+    default: return "message";
+    }
+}
+
+}  // namespace
+
+Session::Session(const RenderOptions &options, const std::string &working_dir, int first, int last)
+    : options_(options), first_(first), last_(last) {
+    sparkhost::Settings settings;
+    settings.format = options.format;
+    settings.pixel_aspect = float(options.pixel_aspect);
+    settings.processors = options.processors;
+    settings.total_frames = uint32_t(last);
+    settings.working_dir = working_dir;
+    settings.message_sink = [this](const sparkhost::Message &message) { log_message(message); };
+    settings.confirm_handler = [this](const std::string &text) { return ask(text); };
+    host_ = std::make_unique<sparkhost::Host>(settings);
+    attach_inputs(*host_, options);
+    host_->load(plugin_path(options));
+    viewer_ = std::make_unique<sparkhost::Viewer>(*host_);
+    host_->initialise(first);
+    configure_plugin(*host_, options);
+    frame_ = first;
+    process_to(first);
+}
+
+Session::~Session() { shutdown(); }
+
+std::unique_lock<std::mutex> Session::plugin_lock() {
+    std::unique_lock<std::mutex> lock(plugin_mutex_);
+    std::lock_guard<std::mutex> state(state_mutex_);
+    if (stopping_) throw RequestError("the studio is stopping");
+    return lock;
+}
+
+void Session::log_message(const sparkhost::Message &message) {
+    std::string text = message.text;
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    std::fprintf(stderr, "spark %s: %s\n", kind_text(message.kind), text.c_str());
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    messages_.push_back({++message_count_, message.kind, text});
+    if (messages_.size() > kKeptMessages) messages_.pop_front();
+    ++version_;
+}
+
+bool Session::ask(const std::string &text) {
+    std::unique_lock<std::mutex> lock(state_mutex_);
+    const uint64_t id = ++questions_;
+    question_.emplace(id, text);
+    ++version_;
+    const bool answered = answered_.wait_for(lock, kQuestionTimeout, [&] {
+        return stopping_ || (answer_ && answer_->first == id);
+    });
+    const bool yes = answered && !stopping_ && answer_ && answer_->second;
+    question_.reset();
+    ++version_;
+    return yes;
+}
+
+bool Session::answer_confirm(uint64_t id, bool yes) {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    if (!question_ || question_->first != id) return false;
+    answer_.emplace(id, yes);
+    answered_.notify_all();
+    return true;
+}
+
+void Session::show(const sparkhost::Frame &frame) {
+    std::vector<uint8_t> rgba = rgba_top_down(frame);
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    picture_.rgba = std::move(rgba);
+    picture_.width = frame.width();
+    picture_.height = frame.height();
+    picture_.version = ++version_;
+}
+
+void Session::changed() {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    ++version_;
+}
+
+Control &Session::control(int number) {
+    Control *found = host_->controls().find(number);
+    if (!found) throw RequestError("no control number " + std::to_string(number));
+    return *found;
+}
+
+void Session::process_to(int frame) {
+    std::optional<sparkhost::Frame> picture = host_->process(frame);
+    if (!picture) throw sparkhost::Error(host_->last_failure());
+    viewer_->set_frame(frame);
+    {
+        std::lock_guard<std::mutex> lock(state_mutex_);
+        frame_ = frame;
+    }
+    show(*picture);
+}
+
+void Session::restart_bubbles() {
+    PreviewPause pause(host_->controls());
+    host_->press_control(preroll_ ? "Restart+PreRoll" : "Restart");
+}
+
+json Session::after_change(const std::optional<sparkhost::Frame> &frame) {
+    if (frame) show(*frame);
+    else changed();
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    return {{"version", version_}, {"picture", picture_.version}};
+}
+
+json Session::controls() {
+    auto lock = plugin_lock();
+    json list = json::array();
+    for (const Control &item : host_->controls().controls())
+        list.push_back(control_json(item, sparkhost::control_log().enabled(item.number())));
+    const sparkhost::UiRecord ui = sparkhost::ui_record();
+    json pages = json::object();
+    for (const auto &[page, title] : ui.page_titles) pages[std::to_string(page)] = title;
+    return {{"controls", std::move(list)}, {"pages", std::move(pages)}};
+}
+
+json Session::set_value(int number, const std::string &text) {
+    auto lock = plugin_lock();
+    Control &target = control(number);
+    try {
+        if (target.kind() == ControlKind::String) {
+            const std::string problem = target.check_text(text);
+            if (!problem.empty()) throw RequestError(problem);
+            target.set_text(text);
+            return after_change(host_->press_control(number));
+        }
+        const double value = parse_control_value(target, text, target.name());
+        if (sparkhost::curve_of(number)) {
+            int frame;
+            {
+                std::lock_guard<std::mutex> state(state_mutex_);
+                frame = frame_;
+            }
+            sparkhost::set_curve_key(number, float(frame - 1), float(value));
+        }
+        return after_change(host_->set_control(number, value));
+    } catch (const sparkhost::Error &error) {
+        throw RequestError(error.what());
+    } catch (const sparkhost::ControlError &error) {
+        throw RequestError(error.what());
+    }
+}
+
+json Session::press(int number) {
+    auto lock = plugin_lock();
+    Control &button = control(number);
+    const std::string name = sparkhost::lower(button.name());
+    if (name == "restart") preroll_ = false;
+    if (name == "restart+preroll") preroll_ = true;
+    return after_change(host_->press_control(number));
+}
+
+json Session::pen(float x, float y, float pressure, float zoom) {
+    auto lock = plugin_lock();
+    try {
+        viewer_->set_zoom(zoom);
+    } catch (const sparkhost::Error &error) {
+        throw RequestError(error.what());
+    }
+    const sparkhost::PenOutcome outcome = viewer_->pen(x, y, pressure);
+    if (outcome.frame) show(*outcome.frame);
+    else if (!outcome.updates.empty()) changed();
+    json answer = {{"overlay", overlay_json(viewer_->draw())}, {"updates", outcome.updates}};
+    std::lock_guard<std::mutex> state(state_mutex_);
+    if (outcome.cursor()) cursor_ = outcome.cursor();
+    answer["cursor"] = cursor_;
+    answer["version"] = version_;
+    answer["picture"] = picture_.version;
+    return answer;
+}
+
+json Session::overlay(float zoom) {
+    auto lock = plugin_lock();
+    try {
+        viewer_->set_zoom(zoom);
+    } catch (const sparkhost::Error &error) {
+        throw RequestError(error.what());
+    }
+    return {{"overlay", overlay_json(viewer_->draw())}};
+}
+
+json Session::go_to(int frame) {
+    auto lock = plugin_lock();
+    int from, first, last;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        from = frame_;
+        first = first_;
+        last = last_;
+    }
+    if (frame < first || frame > last)
+        throw RequestError("frame " + std::to_string(frame) + " is outside the range " + std::to_string(first) + "-" +
+                           std::to_string(last));
+    if (frame <= from) {
+        restart_bubbles();
+        from = first - 1;
+    }
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        busy_ = frame - from > 1 ? "Simulating" : "";
+        busy_done_ = 0;
+        busy_total_ = frame - from;
+    }
+    try {
+        for (int next = from + 1; next <= frame; ++next) {
+            process_to(next);
+            std::lock_guard<std::mutex> state(state_mutex_);
+            ++busy_done_;
+            if (stopping_) throw RequestError("the studio is stopping");
+        }
+    } catch (...) {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        busy_.clear();
+        throw;
+    }
+    std::lock_guard<std::mutex> state(state_mutex_);
+    busy_.clear();
+    ++version_;
+    return {{"version", version_}, {"picture", picture_.version}, {"frame", frame_}};
+}
+
+json Session::set_range(int first, int last) {
+    auto lock = plugin_lock();
+    if (first < 1 || last < first || last > 1000000)
+        throw RequestError("the range must run from frame 1 or later to a frame not before it");
+    host_->settings().total_frames = uint32_t(last);
+    std::lock_guard<std::mutex> state(state_mutex_);
+    first_ = first;
+    last_ = last;
+    ++version_;
+    return {{"version", version_}};
+}
+
+json Session::set_key(int number) {
+    auto lock = plugin_lock();
+    Control &target = control(number);
+    if (!target.has_value()) throw RequestError("\"" + target.name() + "\" has no value to animate");
+    int frame;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        frame = frame_;
+    }
+    // Curves count frames as the info record does, one less than the user.
+    sparkhost::set_curve_key(number, float(frame - 1), float(target.value()));
+    changed();
+    return {{"ok", true}};
+}
+
+json Session::clear_keys(int number) {
+    auto lock = plugin_lock();
+    control(number);
+    sparkhost::remove_curve(number);
+    changed();
+    return {{"ok", true}};
+}
+
+json Session::channel_editor() {
+    auto lock = plugin_lock();
+    json folders = json::array();
+    if (auto entry = reinterpret_cast<void (*)()>(host_->symbol("SparkChannelEditor"))) {
+        host_->make_current();
+        sparkhost::clear_channel_editor();
+        entry();
+    }
+    const sparkhost::UiRecord ui = sparkhost::ui_record();
+    for (const sparkhost::ChannelEditorFolder &folder : sparkhost::channel_editor_folders()) {
+        json controls = json::array();
+        for (int number : folder.controls) {
+            auto name = ui.control_names.find(number);
+            const Control *item = host_->controls().find(number);
+            controls.push_back({{"number", number},
+                                {"name", name != ui.control_names.end() ? name->second
+                                                                          : item ? item->name() : std::to_string(number)},
+                                {"animated", sparkhost::curve_of(number).has_value()}});
+        }
+        folders.push_back({{"folder", folder.name}, {"controls", std::move(controls)}});
+    }
+    return folders;
+}
+
+void Session::load_setup(const std::string &path) {
+    auto lock = plugin_lock();
+    try {
+        sparkhost::load_setup(path, host_->controls());
+    } catch (const std::exception &error) {
+        throw RequestError(error.what());
+    }
+    changed();
+}
+
+void Session::save_setup(const std::string &path) {
+    auto lock = plugin_lock();
+    try {
+        sparkhost::save_setup(path, host_->controls());
+    } catch (const std::exception &error) {
+        throw RequestError(error.what());
+    }
+}
+
+json Session::import_amplitude(const std::optional<std::string> &path) {
+    auto lock = plugin_lock();
+    Control *button = host_->controls().find("Import Amplitude File");
+    if (!button || button->kind() != ControlKind::Push)
+        throw RequestError("the plug-in has no \"Import Amplitude File\" button");
+    host_->settings().browser_answer = path.value_or("");
+    const size_t browses = host_->events().browses.size();
+    std::optional<sparkhost::Frame> frame;
+    try {
+        frame = host_->press_control(button->number());
+    } catch (...) {
+        host_->settings().browser_answer.clear();
+        throw;
+    }
+    host_->settings().browser_answer.clear();
+    json answer = after_change(frame);
+    const auto &asked = host_->events().browses;
+    if (asked.size() > browses) {
+        answer["directory"] = asked.back().directory;
+        answer["extension"] = asked.back().extension;
+    }
+    return answer;
+}
+
+std::vector<std::string> Session::render_arguments(const std::string &setup_path, const std::string &setup_name,
+                                                   const std::string &output, int first, int last) {
+    save_setup(setup_path);
+    std::vector<std::string> arguments = {"--size", options_.format.size_text(), "--depth",
+                                          options_.format.depth == sparkhost::Depth::Bits12 ? "12" : "8"};
+    if (options_.pixel_aspect != 1.0) {
+        char aspect[32];
+        std::snprintf(aspect, sizeof aspect, "%.9g", options_.pixel_aspect);
+        arguments.insert(arguments.end(), {"--aspect", aspect});
+    }
+    for (int clip = 0; clip < sparkhost::kClipCount; ++clip)
+        if (!options_.inputs[clip].empty())
+            arguments.insert(arguments.end(), {std::string("--") + sparkhost::clip_name(clip), options_.inputs[clip]});
+    arguments.insert(arguments.end(), {"--setup", setup_name});
+    {
+        std::lock_guard<std::mutex> lock(plugin_mutex_);
+        if (preroll_) arguments.push_back("--preroll");
+    }
+    arguments.insert(arguments.end(),
+                     {"--frames", std::to_string(first) + "-" + std::to_string(last), "-o", output});
+    return arguments;
+}
+
+json Session::state(uint64_t messages_after) {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    json messages = json::array();
+    for (const LoggedMessage &message : messages_)
+        if (message.id > messages_after)
+            messages.push_back({{"id", message.id}, {"kind", kind_text(message.kind)}, {"text", message.text}});
+    json keys = json::object();
+    for (const auto &[number, curve] : sparkhost::all_curves()) {
+        json frames = json::array();
+        for (const auto &[frame, value] : curve.keys()) frames.push_back({frame + 1, value});
+        keys[std::to_string(number)] = std::move(frames);
+    }
+    json answer = {{"version", version_}, {"picture", picture_.version}, {"frame", frame_},
+                   {"first", first_},     {"last", last_},               {"cursor", cursor_},
+                   {"messages", std::move(messages)},                    {"keys", std::move(keys)}};
+    if (!busy_.empty()) answer["busy"] = {{"what", busy_}, {"done", busy_done_}, {"total", busy_total_}};
+    if (question_) answer["question"] = {{"id", question_->first}, {"text", question_->second}};
+    return answer;
+}
+
+Picture Session::picture() {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    return picture_;
+}
+
+void Session::stop_requests() {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    stopping_ = true;
+    answered_.notify_all();
+}
+
+void Session::shutdown() {
+    stop_requests();
+    std::lock_guard<std::mutex> lock(plugin_mutex_);
+    if (host_ && host_->loaded() && !uninitialised_) host_->uninitialise(frame_);
+    uninitialised_ = true;
+}

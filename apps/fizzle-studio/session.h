@@ -1,0 +1,116 @@
+// One plug-in instance driven as an interactive host would drive it, for
+// every page connected to the studio. Plug-in calls are serialised; the
+// state the pages poll is kept apart so that polling never waits for a render.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/fizzle-render/options.h"
+#include "sparkhost/host.h"
+#include "sparkhost/viewer.h"
+
+// A request the page made that cannot be carried out; the message is for the user.
+class RequestError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The frame the viewer shows, as RGBA bytes with the top row first.
+struct Picture {
+    uint64_t version = 0;
+    int width = 0;
+    int height = 0;
+    std::vector<uint8_t> rgba;
+};
+
+class Session {
+public:
+    // Loads the plug-in, applies the setup and preset of options and renders
+    // the first frame of first..last. Throws sparkhost::Error.
+    Session(const RenderOptions &options, const std::string &working_dir, int first, int last);
+    ~Session();
+
+    // --- calls into the plug-in (serialised) ---------------------------------
+    nlohmann::json controls();
+    // The value as a user would type it (see parse_control_value) or a string
+    // control's text. An animated control also gets a key at the current frame.
+    nlohmann::json set_value(int number, const std::string &text);
+    nlohmann::json press(int number);
+    nlohmann::json pen(float x, float y, float pressure, float zoom);
+    nlohmann::json overlay(float zoom);
+    // Forwards: the frames on the way are processed in turn; backwards: the
+    // bubbles restart and are simulated again from the first frame.
+    nlohmann::json go_to(int frame);
+    nlohmann::json set_range(int first, int last);
+    nlohmann::json set_key(int number);
+    nlohmann::json clear_keys(int number);
+    nlohmann::json channel_editor();
+    void load_setup(const std::string &path);
+    void save_setup(const std::string &path);
+    // Without a file: presses "Import Amplitude File", the user cancels the
+    // browser, and the answer says what the plug-in asked to browse for.
+    nlohmann::json import_amplitude(const std::optional<std::string> &path);
+    // The fizzle-render arguments that render what the viewer shows, with the
+    // setup saved as setup_path (named setup_name on the command line).
+    std::vector<std::string> render_arguments(const std::string &setup_path, const std::string &setup_name,
+                                              const std::string &output, int first, int last);
+
+    // --- no plug-in call ---------------------------------------------------------
+    nlohmann::json state(uint64_t messages_after);
+    Picture picture();
+    bool answer_confirm(uint64_t id, bool yes);
+    // Refuses further plug-in calls and answers an open question "no", so
+    // that requests under way end soon.
+    void stop_requests();
+    // stop_requests(), then lets the plug-in go.
+    void shutdown();
+
+private:
+    struct LoggedMessage {
+        uint64_t id;
+        sparkhost::Message::Kind kind;
+        std::string text;
+    };
+
+    std::unique_lock<std::mutex> plugin_lock();
+    void log_message(const sparkhost::Message &message);
+    bool ask(const std::string &text);
+    void show(const sparkhost::Frame &frame);
+    void changed();
+    void process_to(int frame);
+    void restart_bubbles();
+    nlohmann::json after_change(const std::optional<sparkhost::Frame> &frame);
+    sparkhost::Control &control(int number);
+
+    RenderOptions options_;
+    std::unique_ptr<sparkhost::Host> host_;
+    std::unique_ptr<sparkhost::Viewer> viewer_;
+    std::mutex plugin_mutex_;
+    bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
+    bool uninitialised_ = false;
+
+    std::mutex state_mutex_;
+    std::condition_variable answered_;
+    uint64_t version_ = 1;
+    int frame_ = 1, first_ = 1, last_ = 100;
+    int cursor_ = 0;
+    std::string busy_;
+    int busy_done_ = 0, busy_total_ = 0;
+    Picture picture_;
+    std::deque<LoggedMessage> messages_;
+    uint64_t message_count_ = 0;
+    std::optional<std::pair<uint64_t, std::string>> question_;
+    uint64_t questions_ = 0;
+    std::optional<std::pair<uint64_t, bool>> answer_;
+    bool stopping_ = false;
+};
