@@ -139,6 +139,13 @@ int render(const RenderOptions &options) {
     }
     writer.finish();
     host.uninitialise(options.last_frame);
+    // A stop that came while the last frames were still being written is
+    // still a stop: the caller asked for one and learns it was heeded.
+    if (int signal = stop_signal()) {
+        progress.clear_line();
+        report_stop(signal, options, options.last_frame);
+        return stopped_exit_code(signal);
+    }
     progress.finish(options.writes_frames() ? options.output : "the cache " + options.cache_dir);
     return 0;
 }
