@@ -165,6 +165,9 @@ void write_image(const std::string &path, const Frame &frame, const std::string 
                                             : (deep ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
     OIIO::ImageSpec spec(format.width, format.height, 3, file_type);
     apply_compression(extension, compression, spec);
+    // A fixed stamp instead of the wall clock, so the same frame gives the same
+    // bytes whenever and wherever it is rendered.
+    spec.attribute("DateTime", "1970:01:01 00:00:00");
     AtomicFile file(path);
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));

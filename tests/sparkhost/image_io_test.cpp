@@ -4,9 +4,13 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "sparkhost/file_clip.h"
@@ -101,4 +105,23 @@ TEST(ImageFiles, GreyImageFillsAllThreeChannels) {
 TEST(FramePatterns, HashesAreAMinimumWidthAndOnlyTheLastPrintfFormIsTheFrame) {
     EXPECT_EQ(FramePattern("shot.#.png").path(123), "shot.123.png");
     EXPECT_EQ(FramePattern("v%02d/shot.%03d.png").path(4), "v%02d/shot.004.png");
+}
+
+// A farm chunk and a sequential run are compared by their bytes, so no file
+// may carry the time it was written.
+TEST(ImageFiles, TheSameFrameWrittenLaterGivesTheSameBytes) {
+    TempDir dir;
+    const Frame frame = test_frame(FrameFormat{16, 9, Depth::Bits8}, 3);
+    auto bytes = [](const std::string &path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    for (const char *extension : {"png", "tif", "exr"}) {
+        const std::string first = dir.file(std::string("a.") + extension);
+        const std::string second = dir.file(std::string("b.") + extension);
+        write_image(first, frame);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // past a clock stamp's second
+        write_image(second, frame);
+        EXPECT_EQ(bytes(first), bytes(second)) << extension;
+    }
 }
