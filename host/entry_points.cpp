@@ -59,20 +59,7 @@ SPARK_EXPORT unsigned long *SparkProcess(SparkInfoStruct info) {
         return nullptr;
     }
 
-    const int divisor = ProxyDivisorFor(resolution_list_value());
-    SparkGraphInfoStruct graph{};
-    sparkGraphSetup(&graph);
-    const double aspect = graph.PixelAspectRatio;
-
-    DLheight = info.FrameHeight;
-    DLwidth = info.FrameWidth;
-    DLscalesr = divisor;
-    DLnumProc = info.NumProcessors;
-    frame_context = FrameContextQv{DLwidth, DLheight, DLscalesr, DLnumProc, ConvertFetchedFrame};
-    // The effect copies the scene's matte on every frame.
-    effect.skip_matte_copy = 0;
-    effect.current_frame = double(info.FrameNo);
-    effect.frame_count = double(info.TotalFrames);
+    const double aspect = begin_frame(info);
     // Read before the clips are converted: they tell which clips are read.
     // A clip no enabled control reads is still asked for, so a host short of
     // buffers fails the same way, but is left unconverted.

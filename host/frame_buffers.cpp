@@ -8,6 +8,7 @@
 #include "host/conversion.h"
 #include "host/effect_binding.h"
 #include "host/globals.h"
+#include "host/proxy_divisor.h"
 
 ImageQv *convert_in(const void *pixels, double aspect, int copy) {
     if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);
@@ -46,4 +47,22 @@ bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect, bo
     delete source.image;  // only left over when an earlier frame stopped half way
     source.image = convert ? convert_in(buffer.Buffer, aspect, 1) : nullptr;
     return true;
+}
+
+double begin_frame(const SparkInfoStruct &info) {
+    const int divisor = ProxyDivisorFor(resolution_list_value());
+    SparkGraphInfoStruct graph{};
+    sparkGraphSetup(&graph);
+
+    DLheight = info.FrameHeight;
+    DLwidth = info.FrameWidth;
+    DLscalesr = divisor;
+    DLnumProc = info.NumProcessors;
+    frame_context = FrameContextQv{DLwidth, DLheight, DLscalesr, DLnumProc, ConvertFetchedFrame};
+    PluginQv &effect = effect_instance();
+    // The effect copies the scene's matte on every frame.
+    effect.skip_matte_copy = 0;
+    effect.current_frame = double(info.FrameNo);
+    effect.frame_count = double(info.TotalFrames);
+    return graph.PixelAspectRatio;
 }

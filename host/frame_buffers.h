@@ -19,3 +19,8 @@ bool get_buffer(int id, SparkMemBufStruct &buffer);
 // there is no usable buffer for it. With convert false the source is left
 // without an image: the effect does not read it this frame.
 bool load_source(int index, int id, SparkMemBufStruct &buffer, double aspect, bool convert = true);
+
+// Sets up the frame the host asks for (size, proxy divisor, processors, the
+// framework's frame context and the effect's frame numbers), as a processed
+// and a simulated frame both need it. Returns the pixel aspect.
+double begin_frame(const SparkInfoStruct &info);

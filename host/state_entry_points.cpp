@@ -60,18 +60,7 @@ SPARK_EXPORT int SparkSimulate(SparkInfoStruct info) {
     effect.pen_pressure = 0.0f;
     if (no_buffers) return 0;
 
-    const int divisor = ProxyDivisorFor(resolution_list_value());
-    SparkGraphInfoStruct graph{};
-    sparkGraphSetup(&graph);
-    const double aspect = graph.PixelAspectRatio;
-
-    DLheight = info.FrameHeight;
-    DLwidth = info.FrameWidth;
-    DLscalesr = divisor;
-    DLnumProc = info.NumProcessors;
-    effect.skip_matte_copy = 0;
-    effect.current_frame = double(info.FrameNo);
-    effect.frame_count = double(info.TotalFrames);
+    const double aspect = begin_frame(info);
 
     const ClipBuffer clips[4] = {{SourceIDInput, &SourceBufInput},
                                  {SourceIDInput2, &SourceBufInput2},
