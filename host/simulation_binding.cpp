@@ -9,8 +9,8 @@
 // only colour pixels.
 unsigned simulated_clip_mask() {
     refresh_cached_control_values();
-    const BubbleParameters &c = Instance.parameters;
-    return (c.use_birth_matte ? 1u << 1 : 0u) | (c.burst_on || c.congregate ? 1u << 2 : 0u);
+    // The step reads only the mattes, and each under the same switches as a drawn frame.
+    return (Instance.reads_input(1) ? 1u << 1 : 0u) | (Instance.reads_input(2) ? 1u << 2 : 0u);
 }
 
 void simulate_effect_frame() {
