@@ -44,16 +44,24 @@ const char *mode_name(GLenum mode) {
 
 int channel(float value) { return value <= 0 ? 0 : value >= 1 ? 255 : int(value * 255.0f + 0.5f); }
 
+// A disabled slider keeps its value as both ends of its range.
+bool frozen(const sparkhost::Control &control) {
+    if (control.kind() != ControlKind::Float && control.kind() != ControlKind::Int) return false;
+    const std::optional<sparkhost::ValueRange> range = control.range();
+    return range && range->min >= range->max;
+}
+
 }  // namespace
 
-json control_json(const sparkhost::Control &control, bool enabled) {
+json control_json(const sparkhost::Control &control, bool shown) {
     json item = {{"number", control.number()},
                  {"page", control.page()},
                  {"slot", control.page() < 0 ? control.number() : control.number() - kFirstPageNumber - control.page() * kSlotsPerPage},
                  {"kind", sparkhost::kind_name(control.kind())},
                  {"name", control.name()},
                  {"title", control.title()},
-                 {"enabled", enabled}};
+                 {"hidden", !shown},
+                 {"enabled", !frozen(control)}};
     switch (control.kind()) {
     case ControlKind::Float:
     case ControlKind::Int:

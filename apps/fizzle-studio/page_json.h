@@ -9,8 +9,10 @@
 #include "sparkhost/gl_recorder.h"
 
 // number, page, slot, kind, name, title, value (colours as "#RRGGBB", lists
-// from 0), range and step, list entries, text, enabled.
-nlohmann::json control_json(const sparkhost::Control &control, bool enabled);
+// from 0), range and step, list entries, text, hidden and enabled. shown:
+// false once the plug-in hid the control (sparkDisableParameter); a plug-in
+// disables a slider by freezing its range, and the page greys it then.
+nlohmann::json control_json(const sparkhost::Control &control, bool shown);
 
 // Primitives recorded at some zoom: mode ("points", "lines", "strip",
 // "polygon"), colour as "#rrggbb" and the vertices flattened, y up.

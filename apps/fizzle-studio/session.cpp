@@ -53,6 +53,8 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     configure_plugin(*host_, options);
     frame_ = first;
     process_to(first);
+    clean_ = true;
+    keep_state(first);
 }
 
 Session::~Session() { shutdown(); }
@@ -127,6 +129,15 @@ void Session::process_to(int frame) {
     show(*picture);
 }
 
+void Session::settings_changed() {
+    states_.clear();
+    clean_ = false;
+}
+
+void Session::keep_state(int frame) {
+    if (clean_ && states_.wants(frame) && host_->can_simulate()) states_.keep(frame, host_->export_state());
+}
+
 void Session::restart_bubbles() {
     PreviewPause pause(host_->controls());
     host_->press_control(preroll_ ? "Restart+PreRoll" : "Restart");
@@ -153,6 +164,7 @@ json Session::controls() {
 json Session::set_value(int number, const std::string &text) {
     auto lock = plugin_lock();
     Control &target = control(number);
+    settings_changed();
     try {
         if (target.kind() == ControlKind::String) {
             const std::string problem = target.check_text(text);
@@ -183,6 +195,7 @@ json Session::press(int number) {
     const std::string name = sparkhost::lower(button.name());
     if (name == "restart") preroll_ = false;
     if (name == "restart+preroll") preroll_ = true;
+    settings_changed();
     return after_change(host_->press_control(number));
 }
 
@@ -194,6 +207,7 @@ json Session::pen(float x, float y, float pressure, float zoom) {
         throw RequestError(error.what());
     }
     const sparkhost::PenOutcome outcome = viewer_->pen(x, y, pressure);
+    if (outcome.frame || !outcome.updates.empty()) settings_changed();
     if (outcome.frame) show(*outcome.frame);
     else if (!outcome.updates.empty()) changed();
     json answer = {{"overlay", overlay_json(viewer_->draw())}, {"updates", outcome.updates}};
@@ -227,24 +241,42 @@ json Session::go_to(int frame) {
     if (frame < first || frame > last)
         throw RequestError("frame " + std::to_string(frame) + " is outside the range " + std::to_string(first) + "-" +
                            std::to_string(last));
-    if (frame <= from) {
+    // The state to go on from: the live one going forwards, otherwise a
+    // restart; a kept state between that and the frame beats both.
+    int start = frame > from ? from : first - 1;
+    bool restart = frame <= from;
+    if (auto kept = states_.nearest(frame - 1); kept && kept->first > start) {
+        if (host_->import_state(*kept->second)) {
+            start = kept->first;
+            restart = false;
+            clean_ = true;
+        } else {
+            states_.forget(kept->first);
+        }
+    }
+    if (restart) {
         restart_bubbles();
-        from = first - 1;
+        clean_ = true;
     }
     {
         std::lock_guard<std::mutex> state(state_mutex_);
-        busy_ = frame - from > 1 ? "Simulating" : "";
+        busy_ = frame - start > 1 ? "Simulating" : "";
         busy_done_ = 0;
-        busy_total_ = frame - from;
+        busy_total_ = frame - start;
     }
     try {
-        for (int next = from + 1; next <= frame; ++next) {
-            process_to(next);
+        for (int next = start + 1; next <= frame; ++next) {
+            // Frames on the way only advance the bubbles, without a picture when the plug-in can.
+            if (next < frame && host_->can_simulate()) host_->simulate(next);
+            else process_to(next);
+            keep_state(next);
             std::lock_guard<std::mutex> state(state_mutex_);
             ++busy_done_;
             if (stopping_) throw RequestError("the studio is stopping");
         }
     } catch (...) {
+        // The bubbles stopped somewhere on the way: only a restart is sure again.
+        clean_ = false;
         std::lock_guard<std::mutex> state(state_mutex_);
         busy_.clear();
         throw;
@@ -252,7 +284,7 @@ json Session::go_to(int frame) {
     std::lock_guard<std::mutex> state(state_mutex_);
     busy_.clear();
     ++version_;
-    return {{"version", version_}, {"picture", picture_.version}, {"frame", frame_}};
+    return {{"version", version_}, {"picture", picture_.version}, {"frame", frame_}, {"from", start + 1}};
 }
 
 json Session::set_range(int first, int last) {
@@ -260,6 +292,7 @@ json Session::set_range(int first, int last) {
     if (first < 1 || last < first || last > 1000000)
         throw RequestError("the range must run from frame 1 or later to a frame not before it");
     host_->settings().total_frames = uint32_t(last);
+    settings_changed();
     std::lock_guard<std::mutex> state(state_mutex_);
     first_ = first;
     last_ = last;
@@ -278,6 +311,7 @@ json Session::set_key(int number) {
     }
     // Curves count frames as the info record does, one less than the user.
     sparkhost::set_curve_key(number, float(frame - 1), float(target.value()));
+    settings_changed();
     changed();
     return {{"ok", true}};
 }
@@ -286,6 +320,7 @@ json Session::clear_keys(int number) {
     auto lock = plugin_lock();
     control(number);
     sparkhost::remove_curve(number);
+    settings_changed();
     changed();
     return {{"ok", true}};
 }
@@ -316,6 +351,7 @@ json Session::channel_editor() {
 
 void Session::load_setup(const std::string &path) {
     auto lock = plugin_lock();
+    settings_changed();
     try {
         sparkhost::load_setup(path, host_->controls());
     } catch (const std::exception &error) {
@@ -338,6 +374,7 @@ json Session::import_amplitude(const std::optional<std::string> &path) {
     Control *button = host_->controls().find("Import Amplitude File");
     if (!button || button->kind() != ControlKind::Push)
         throw RequestError("the plug-in has no \"Import Amplitude File\" button");
+    settings_changed();
     host_->settings().browser_answer = path.value_or("");
     const size_t browses = host_->events().browses.size();
     std::optional<sparkhost::Frame> frame;

@@ -18,6 +18,7 @@
 #include "apps/fizzle-render/options.h"
 #include "sparkhost/host.h"
 #include "sparkhost/viewer.h"
+#include "state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
 class RequestError : public std::runtime_error {
@@ -48,8 +49,11 @@ public:
     nlohmann::json press(int number);
     nlohmann::json pen(float x, float y, float pressure, float zoom);
     nlohmann::json overlay(float zoom);
-    // Forwards: the frames on the way are processed in turn; backwards: the
-    // bubbles restart and are simulated again from the first frame.
+    // Forwards: the bubbles go on from the frame shown; backwards: they
+    // restart from the first frame. Either way they start instead from the
+    // nearest state kept since the last change when that is closer, and
+    // frames on the way are only simulated, so frame N shows what a render
+    // of frames first..N would.
     nlohmann::json go_to(int frame);
     nlohmann::json set_range(int first, int last);
     nlohmann::json set_key(int number);
@@ -89,6 +93,10 @@ private:
     void changed();
     void process_to(int frame);
     void restart_bubbles();
+    // Anything the bubbles depend on changed: kept states no longer hold,
+    // and the live one is no longer that of a render from the first frame.
+    void settings_changed();
+    void keep_state(int frame);
     nlohmann::json after_change(const std::optional<sparkhost::Frame> &frame);
     sparkhost::Control &control(int number);
 
@@ -98,6 +106,8 @@ private:
     std::mutex plugin_mutex_;
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
+    StateCache states_;
+    bool clean_ = false;  // the live state is that of an uninterrupted run from first_
 
     std::mutex state_mutex_;
     std::condition_variable answered_;

@@ -369,6 +369,8 @@ function showValue(entry, info) {
   if (inputs.select && !skip(inputs.select)) inputs.select.value = String(info.value);
   if (inputs.colour && !skip(inputs.colour)) inputs.colour.value = info.value.toLowerCase();
   if (inputs.text && !skip(inputs.text)) inputs.text.value = info.value;
+  // Hidden controls leave their slot empty, as in the host; disabled ones stay, greyed.
+  entry.element.hidden = !!info.hidden;
   entry.element.classList.toggle('disabled', !info.enabled);
   for (const input of Object.values(inputs)) input.disabled = !info.enabled;
 }

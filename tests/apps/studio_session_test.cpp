@@ -1,0 +1,96 @@
+// The studio's timeline: wherever the user jumps, the frame shown is the one
+// a run from the first frame with the settings in force gives.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "apps/fizzle-studio/session.h"
+#include "apps/fizzle-studio/state_cache.h"
+
+namespace {
+
+std::unique_ptr<Session> basic_session(int last) {
+    RenderOptions options;
+    options.format = {96, 54, sparkhost::Depth::Bits8};
+    options.preset = "Basic";
+    options.processors = 2;
+    options.plugin = FIZZLE_PLUGIN_PATH;
+    return std::make_unique<Session>(options, std::filesystem::current_path().string(), 1, last);
+}
+
+int control_number(Session &session, const std::string &name) {
+    const nlohmann::json listed = session.controls();
+    for (const auto &control : listed["controls"])
+        if (control["name"] == name) return control["number"].get<int>();
+    ADD_FAILURE() << "no control " << name;
+    return 0;
+}
+
+// One session for the whole suite: the plug-in is one instance a process.
+class StudioTimeline : public testing::Test {
+protected:
+    static void SetUpTestSuite() { session_ = basic_session(60).release(); }
+    static void TearDownTestSuite() {
+        delete session_;
+        session_ = nullptr;
+    }
+    static std::vector<uint8_t> shown_at(int frame) {
+        session_->go_to(frame);
+        EXPECT_EQ(session_->state(0)["frame"], frame);
+        return session_->picture().rgba;
+    }
+    // Frames 1..last one after the other, as a render from the first frame makes them.
+    static std::map<int, std::vector<uint8_t>> step_through(int last) {
+        std::map<int, std::vector<uint8_t>> pictures;
+        pictures[1] = shown_at(1);
+        for (int frame = 2; frame <= last; ++frame) pictures[frame] = shown_at(frame);
+        return pictures;
+    }
+    static Session *session_;
+};
+
+Session *StudioTimeline::session_ = nullptr;
+
+TEST_F(StudioTimeline, JumpsBackAndFarForwardShowTheFramesOfOneRunFromTheFirst) {
+    session_->press(control_number(*session_, "Restart+PreRoll"));
+    const auto sequential = step_through(40);
+    // Back past kept states, back before the first one, then far forwards.
+    for (int frame : {13, 3, 37, 20, 21, 9, 40, 1}) EXPECT_EQ(shown_at(frame), sequential.at(frame)) << "frame " << frame;
+    // Only the frames after the nearest kept state are run again.
+    EXPECT_EQ(session_->go_to(34)["from"], 31);
+    EXPECT_EQ(session_->go_to(8)["from"], 1);
+}
+
+TEST_F(StudioTimeline, AChangeMakesEarlierStatesUselessSoJumpsUseTheNewSettings) {
+    const auto before = step_through(30);
+    session_->set_value(control_number(*session_, "Density"), "80");
+    const std::vector<uint8_t> jumped = shown_at(25);
+    EXPECT_NE(jumped, before.at(25)) << "the new density must show";
+    EXPECT_EQ(jumped, step_through(25).at(25));
+    // Dragging on from a changed frame is no run from the first either.
+    session_->go_to(12);
+    session_->set_value(control_number(*session_, "Density"), "30");
+    session_->go_to(22);
+    const std::vector<uint8_t> again = shown_at(21);
+    EXPECT_EQ(again, step_through(21).at(21));
+}
+
+TEST(StudioStateCache, ThinsToEveryOtherStateWhenOverItsBudget) {
+    StateCache cache(2, 100);
+    for (int frame = 1; frame <= 12; ++frame)
+        if (cache.wants(frame)) cache.keep(frame, std::vector<uint8_t>(20, uint8_t(frame)));
+    EXPECT_LE(cache.bytes(), 100u);
+    EXPECT_EQ(cache.every(), 4);
+    EXPECT_EQ(cache.size(), 3u);  // 4, 8, 12
+    auto kept = cache.nearest(11);
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->first, 8);
+    EXPECT_EQ((*kept->second)[0], 8);
+    EXPECT_FALSE(cache.nearest(3));
+    cache.clear();
+    EXPECT_EQ(cache.every(), 2);
+    EXPECT_FALSE(cache.nearest(100));
+}
+
+}  // namespace
