@@ -26,7 +26,7 @@ void BM_StudioSliderChangeToPicture(benchmark::State &state) {
     int step = 0;
     for (auto _ : state) {
         session.set_value(102, std::to_string(40 + (step++ % 20) * 5));  // "Light Inten"
-        benchmark::DoNotOptimize(session.picture().rgba.data());
+        benchmark::DoNotOptimize(session.picture().rgb->data());
     }
 }
 BENCHMARK(BM_StudioSliderChangeToPicture)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -36,7 +36,7 @@ void BM_StudioPlaybackFrame(benchmark::State &state) {
     int frame = session.state(0)["frame"].get<int>();
     for (auto _ : state) {
         session.go_to(++frame);
-        benchmark::DoNotOptimize(session.picture().rgba.data());
+        benchmark::DoNotOptimize(session.picture().rgb->data());
     }
 }
 BENCHMARK(BM_StudioPlaybackFrame)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -1,6 +1,7 @@
 // Controls, overlays and pictures as the page takes them.
 #include "page_json.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -87,34 +88,33 @@ json overlay_json(const std::vector<sparkhost::GlPrimitive> &primitives) {
         std::snprintf(colour, sizeof colour, "#%02x%02x%02x", channel(primitive.colour.r), channel(primitive.colour.g),
                       channel(primitive.colour.b));
         json points = json::array();
+        // A hundredth of a pixel is finer than any zoom shows, and keeps the answer short.
         for (const sparkhost::GlVertex &vertex : primitive.vertices) {
-            points.push_back(vertex.x);
-            points.push_back(vertex.y);
+            points.push_back(std::round(double(vertex.x) * 100.0) / 100.0);
+            points.push_back(std::round(double(vertex.y) * 100.0) / 100.0);
         }
         list.push_back({{"mode", mode_name(primitive.mode)}, {"colour", colour}, {"points", std::move(points)}});
     }
     return list;
 }
 
-std::vector<uint8_t> rgba_top_down(const sparkhost::Frame &frame) {
+std::vector<uint8_t> rgb_top_down(const sparkhost::Frame &frame) {
     const int width = frame.width(), height = frame.height();
-    std::vector<uint8_t> rgba(size_t(width) * size_t(height) * 4);
+    const size_t row = size_t(width) * 3;
+    std::vector<uint8_t> rgb(row * size_t(height));
     const bool deep = frame.format().depth == sparkhost::Depth::Bits12;
     for (int y = 0; y < height; ++y) {
         const uint8_t *source = frame.data() + frame.format().row_bytes() * size_t(height - 1 - y);
-        uint8_t *target = rgba.data() + size_t(y) * size_t(width) * 4;
-        for (int x = 0; x < width; ++x, target += 4) {
-            for (int c = 0; c < 3; ++c) {
-                if (deep) {
-                    uint16_t word;
-                    std::memcpy(&word, source + (size_t(x) * 3 + size_t(c)) * 2, 2);
-                    target[c] = uint8_t(word >> 8);
-                } else {
-                    target[c] = source[size_t(x) * 3 + size_t(c)];
-                }
-            }
-            target[3] = 255;
+        uint8_t *target = rgb.data() + size_t(y) * row;
+        if (!deep) {
+            std::memcpy(target, source, row);
+            continue;
+        }
+        for (size_t i = 0; i < row; ++i) {
+            uint16_t word;
+            std::memcpy(&word, source + i * 2, 2);
+            target[i] = uint8_t(word >> 8);
         }
     }
-    return rgba;
+    return rgb;
 }

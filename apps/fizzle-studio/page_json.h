@@ -18,5 +18,5 @@ nlohmann::json control_json(const sparkhost::Control &control, bool shown);
 // "polygon"), colour as "#rrggbb" and the vertices flattened, y up.
 nlohmann::json overlay_json(const std::vector<sparkhost::GlPrimitive> &primitives);
 
-// RGBA bytes with the top row first, whatever the frame's depth.
-std::vector<uint8_t> rgba_top_down(const sparkhost::Frame &frame);
+// RGB bytes with the top row first, 8 bits whatever the frame's depth.
+std::vector<uint8_t> rgb_top_down(const sparkhost::Frame &frame);

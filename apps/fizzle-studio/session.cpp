@@ -22,6 +22,8 @@ using sparkhost::ControlKind;
 namespace {
 
 constexpr size_t kKeptMessages = 200;
+// Pages polling a few times a second are at most a few pictures behind.
+constexpr size_t kRecentPictures = 4;
 // A question nobody answers is answered "no", so the plug-in is never held forever.
 constexpr auto kQuestionTimeout = std::chrono::minutes(10);
 
@@ -99,9 +101,11 @@ bool Session::answer_confirm(uint64_t id, bool yes) {
 }
 
 void Session::show(const sparkhost::Frame &frame) {
-    std::vector<uint8_t> rgba = rgba_top_down(frame);
+    auto rgb = std::make_shared<const std::vector<uint8_t>>(rgb_top_down(frame));
     std::lock_guard<std::mutex> lock(state_mutex_);
-    picture_.rgba = std::move(rgba);
+    recent_.push_back(picture_);
+    if (recent_.size() > kRecentPictures) recent_.pop_front();
+    picture_.rgb = std::move(rgb);
     picture_.width = frame.width();
     picture_.height = frame.height();
     picture_.version = ++version_;
@@ -440,6 +444,14 @@ json Session::state(uint64_t messages_after) {
 Picture Session::picture() {
     std::lock_guard<std::mutex> lock(state_mutex_);
     return picture_;
+}
+
+std::optional<Picture> Session::picture_at(uint64_t version) {
+    std::lock_guard<std::mutex> lock(state_mutex_);
+    if (picture_.version == version) return picture_;
+    for (const Picture &kept : recent_)
+        if (kept.version == version) return kept;
+    return std::nullopt;
 }
 
 void Session::stop_requests() {

@@ -26,12 +26,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// The frame the viewer shows, as RGBA bytes with the top row first.
+// The frame the viewer shows, as RGB bytes with the top row first. Shared
+// and never changed once made, so that sending it copies nothing.
 struct Picture {
     uint64_t version = 0;
     int width = 0;
     int height = 0;
-    std::vector<uint8_t> rgba;
+    std::shared_ptr<const std::vector<uint8_t>> rgb = std::make_shared<const std::vector<uint8_t>>();
 };
 
 class Session {
@@ -72,6 +73,8 @@ public:
     // --- no plug-in call ---------------------------------------------------------
     nlohmann::json state(uint64_t messages_after);
     Picture picture();
+    // One of the last few pictures shown, for sending the next as changes from it.
+    std::optional<Picture> picture_at(uint64_t version);
     bool answer_confirm(uint64_t id, bool yes);
     // Refuses further plug-in calls and answers an open question "no", so
     // that requests under way end soon.
@@ -117,6 +120,7 @@ private:
     std::string busy_;
     int busy_done_ = 0, busy_total_ = 0;
     Picture picture_;
+    std::deque<Picture> recent_;
     std::deque<LoggedMessage> messages_;
     uint64_t message_count_ = 0;
     std::optional<std::pair<uint64_t, std::string>> question_;

@@ -1,8 +1,10 @@
 // What fizzle-studio sends its page: pictures turned right side up at 8
-// bits whatever the depth, and overlays kept in the plug-in's own units.
+// bits whatever the depth, as changes from the page's picture when that is
+// shorter, and overlays kept in the plug-in's own units.
 #include <gtest/gtest.h>
 
 #include "apps/fizzle-studio/page_json.h"
+#include "apps/fizzle-studio/picture_delta.h"
 
 namespace {
 
@@ -13,13 +15,33 @@ TEST(StudioPicture, TopRowComesFirstAndTwelveBitKeepsItsHighByte) {
         frame.set_value(0, 0, 0, 10 * scale);   // bottom left, red
         frame.set_value(1, 1, 2, 200 * scale);  // top right, blue
         frame.set_value(0, 1, 1, 255 * scale);  // top left, green
-        const std::vector<uint8_t> rgba = rgba_top_down(frame);
-        ASSERT_EQ(rgba.size(), 16u);
-        EXPECT_EQ(rgba[1], 255) << "top left green";
-        EXPECT_EQ(rgba[4 + 2], 200) << "top right blue";
-        EXPECT_EQ(rgba[8 + 0], 10) << "bottom left red";
-        for (int pixel = 0; pixel < 4; ++pixel) EXPECT_EQ(rgba[pixel * 4 + 3], 255);
+        const std::vector<uint8_t> rgb = rgb_top_down(frame);
+        ASSERT_EQ(rgb.size(), 12u);
+        EXPECT_EQ(rgb[1], 255) << "top left green";
+        EXPECT_EQ(rgb[3 + 2], 200) << "top right blue";
+        EXPECT_EQ(rgb[6 + 0], 10) << "bottom left red";
     }
+}
+
+TEST(StudioPictureDelta, SendsRunsOfChangedPixelsJoiningThoseAFewPixelsApart) {
+    std::vector<uint8_t> from(3 * 20, 7), to = from;
+    to[3 * 2 + 1] = 1;               // pixel 2
+    to[3 * 5] = 2;                   // pixel 5: three unchanged between, joined
+    to[3 * 15 + 2] = 3;              // pixel 15: too far, a run of its own
+    const std::string delta = picture_delta(from, to);
+    auto u32 = [&](size_t at) {
+        return uint32_t(uint8_t(delta[at])) | uint32_t(uint8_t(delta[at + 1])) << 8 |
+               uint32_t(uint8_t(delta[at + 2])) << 16 | uint32_t(uint8_t(delta[at + 3])) << 24;
+    };
+    ASSERT_EQ(delta.size(), 8u + 4 * 3 + 8u + 3);
+    EXPECT_EQ(u32(0), 2u);   // unchanged before
+    EXPECT_EQ(u32(4), 4u);   // pixels 2..5
+    EXPECT_EQ(uint8_t(delta[8 + 1]), 1);
+    EXPECT_EQ(uint8_t(delta[8 + 9]), 2);
+    EXPECT_EQ(u32(20), 9u);  // pixels 6..14 unchanged
+    EXPECT_EQ(u32(24), 1u);
+    EXPECT_EQ(uint8_t(delta[28 + 2]), 3);
+    EXPECT_TRUE(picture_delta(from, from).empty());
 }
 
 TEST(StudioOverlay, KeepsEachBlockWithItsModeColourAndPointsInOrder) {

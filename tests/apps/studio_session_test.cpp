@@ -38,7 +38,7 @@ protected:
     static std::vector<uint8_t> shown_at(int frame) {
         session_->go_to(frame);
         EXPECT_EQ(session_->state(0)["frame"], frame);
-        return session_->picture().rgba;
+        return *session_->picture().rgb;
     }
     // Frames 1..last one after the other, as a render from the first frame makes them.
     static std::map<int, std::vector<uint8_t>> step_through(int last) {

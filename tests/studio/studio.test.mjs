@@ -316,6 +316,6 @@ test('"Copy command line" gives a fizzle-render command that renders exactly the
   const pixels = file.subarray(header[0].length);
   let differing = 0;
   for (let i = 0; i < Number(header[1]) * Number(header[2]); ++i)
-    for (let c = 0; c < 3; ++c) if (pixels[i * 3 + c] !== shown[i * 4 + c]) { ++differing; break; }
+    for (let c = 0; c < 3; ++c) if (pixels[i * 3 + c] !== shown[i * 3 + c]) { ++differing; break; }
   assert.equal(differing, 0);
 });

@@ -50,14 +50,74 @@ function notify(text, kind = 'message') {
 
 // --- picture and overlay -----------------------------------------------------
 
+// One picture request at a time: a newer version asked for meanwhile is
+// fetched next, so the viewer never falls behind and never fetches twice.
+const pictures = { loading: null, wanted: 0 };
+
+function showPicture(version) {
+  pictures.wanted = Math.max(pictures.wanted, version);
+  if (!pictures.loading) {
+    pictures.loading = (async () => {
+      try {
+        while (view.pictureVersion < pictures.wanted) if (!(await fetchPicture())) break;
+      } finally {
+        pictures.loading = null;
+      }
+    })();
+  }
+  return pictures.loading;
+}
+
+// Writes the server's RGB bytes, whole or as runs of changed pixels, into
+// the RGBA picture the page keeps; false when they do not fit it.
+function applyPicture(image, bytes, changes) {
+  const rgba = image.data;
+  const copy = (from, pixel, count) => {
+    if (from + count * 3 > bytes.length || (pixel + count) * 4 > rgba.length) return false;
+    for (let i = 0, o = pixel * 4; i < count * 3; i += 3, o += 4) {
+      rgba[o] = bytes[from + i];
+      rgba[o + 1] = bytes[from + i + 1];
+      rgba[o + 2] = bytes[from + i + 2];
+    }
+    return true;
+  };
+  if (!changes) return bytes.length === image.width * image.height * 3 && copy(0, 0, image.width * image.height);
+  const words = new DataView(bytes.buffer, bytes.byteOffset, bytes.byteLength);
+  let at = 0, pixel = 0;
+  while (at + 8 <= bytes.length) {
+    pixel += words.getUint32(at, true);
+    const count = words.getUint32(at + 4, true);
+    if (!copy(at + 8, pixel, count)) return false;
+    at += 8 + count * 3;
+    pixel += count;
+  }
+  return at === bytes.length;
+}
+
+// The frame into the canvas, as changes from the one shown when the server
+// still has that; false when there was none.
 async function fetchPicture() {
-  const response = await fetch('/api/frame');
-  if (!response.ok) return;
+  const base = view.image ? view.pictureVersion : 0;
+  const response = await fetch(`/api/frame?base=${base}`).catch(() => null);
+  if (!response || !response.ok) return false;
+  const version = Number(response.headers.get('X-Version'));
+  if (response.status === 204) return false;
   const width = Number(response.headers.get('X-Width'));
   const height = Number(response.headers.get('X-Height'));
-  const version = Number(response.headers.get('X-Version'));
-  const bytes = new Uint8ClampedArray(await response.arrayBuffer());
-  if (!width || !height || bytes.length !== width * height * 4) return;
+  const changes = response.headers.has('X-Base');
+  const bytes = new Uint8Array(await response.arrayBuffer());
+  if (!width || !height) return false;
+  if (changes && Number(response.headers.get('X-Base')) !== view.pictureVersion) return false;
+  if (!view.image || view.image.width !== width || view.image.height !== height) {
+    if (changes) return false;
+    view.image = new ImageData(width, height);
+    view.image.data.fill(255);
+  }
+  if (!applyPicture(view.image, bytes, changes)) {
+    if (!changes) return false;
+    view.image = null;  // ask for the whole picture instead
+    return fetchPicture();
+  }
   const canvas = $('picture');
   if (canvas.width !== width || canvas.height !== height) {
     canvas.width = width;
@@ -67,9 +127,11 @@ async function fetchPicture() {
     view.height = height;
     if (first) zoomFit(); else placeStage();
   }
-  canvas.getContext('2d').putImageData(new ImageData(bytes, width, height), 0, 0);
+  if (!view.context) view.context = canvas.getContext('2d', { alpha: false });
+  view.context.putImageData(view.image, 0, 0);
   view.pictureVersion = Math.max(view.pictureVersion, version);
   canvas.dataset.version = String(version);
+  return true;
 }
 
 async function fetchOverlay() {
@@ -185,7 +247,8 @@ async function sendPen() {
       const answer = await call('/api/pen', { x: sample.x, y: sample.y, pressure: sample.pressure, zoom: sample.zoom });
       drawOverlay(answer.overlay);
       $('viewport').style.cursor = CURSORS[answer.cursor] || 'crosshair';
-      if (answer.picture > view.pictureVersion) await fetchPicture();
+      // The overlay goes on with the next sample while the picture comes.
+      if (answer.picture > view.pictureVersion) showPicture(answer.picture);
       // A drag moves controls with every sample; their fields follow a few times a second.
       if (answer.updates && answer.updates.length && !pen.controlsDue) {
         pen.controlsDue = setTimeout(() => { pen.controlsDue = null; loadControls(); }, pen.down ? 200 : 0);
@@ -465,8 +528,8 @@ async function loadControls() {
 // --- state, messages and questions ---------------------------------------------------------
 
 async function refresh(answer = {}) {
-  if (answer.picture > view.pictureVersion) await fetchPicture();
-  await Promise.all([loadControls(), fetchOverlay()]);
+  await Promise.all([answer.picture > view.pictureVersion ? showPicture(answer.picture) : null,
+    loadControls(), fetchOverlay()]);
   if (answer.version) view.version = Math.max(view.version, answer.version);
 }
 
@@ -606,7 +669,7 @@ async function play() {
     view.frame = answer.frame;
     $('frame-number').value = answer.frame;
     $('scrubber').value = answer.frame;
-    const shownFrame = fetchPicture();
+    const shownFrame = showPicture(answer.picture);
     fetchOverlay();
     if (view.playing) next = advance();
     await shownFrame;
@@ -620,7 +683,7 @@ async function play() {
     view.frame = last.frame;
     $('frame-number').value = last.frame;
     $('scrubber').value = last.frame;
-    await fetchPicture();
+    await showPicture(last.picture);
   }
   view.playing = false;
   $('play').textContent = '▶ Play';
@@ -747,7 +810,7 @@ async function start() {
   setUpPanels();
   const answer = await call('/api/controls');
   buildControls(answer);
-  await fetchPicture();
+  await showPicture(1);
   await fetchOverlay();
   await poll();
   setInterval(poll, 250);
