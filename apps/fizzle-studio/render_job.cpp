@@ -42,6 +42,12 @@ std::string RenderJob::start(const std::string &program, const std::vector<std::
         return std::string("cannot start the render: ") + std::strerror(errno);
     }
     if (child == 0) {
+        // The studio blocks its stop signals and ignores SIGPIPE; both would
+        // carry over into the render, which could then not be cancelled.
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        signal(SIGPIPE, SIG_DFL);
         dup2(pipe_ends[1], STDERR_FILENO);
         int null = open("/dev/null", O_RDWR);
         if (null >= 0) {

@@ -44,6 +44,18 @@ TEST(StudioPictureDelta, SendsRunsOfChangedPixelsJoiningThoseAFewPixelsApart) {
     EXPECT_TRUE(picture_delta(from, from).empty());
 }
 
+TEST(StudioControl, HiddenControlsAreFlaggedAndAFrozenRangeGreysASlider) {
+    SparkFloatStruct live{5.0f, 0.0f, 10.0f, 1.0f, 0, "Amount %.1f", nullptr};
+    SparkFloatStruct frozen{5.0f, 5.0f, 5.0f, 1.0f, 0, "Amount %.1f", nullptr};
+    const sparkhost::Control shown(sparkhost::ControlKind::Float, 16, &live);
+    const sparkhost::Control greyed(sparkhost::ControlKind::Float, 17, &frozen);
+    EXPECT_EQ(control_json(shown, true)["hidden"], false);
+    EXPECT_EQ(control_json(shown, true)["enabled"], true);
+    EXPECT_EQ(control_json(shown, false)["hidden"], true);
+    EXPECT_EQ(control_json(greyed, true)["enabled"], false);
+    EXPECT_EQ(control_json(greyed, true)["hidden"], false);
+}
+
 TEST(StudioOverlay, KeepsEachBlockWithItsModeColourAndPointsInOrder) {
     sparkhost::GlPrimitive line;
     line.mode = GL_LINES;
