@@ -53,10 +53,13 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     viewer_ = std::make_unique<sparkhost::Viewer>(*host_);
     host_->initialise(first);
     configure_plugin(*host_, options);
+    disk_ = std::make_unique<DiskStates>(*host_, options_, [](const std::string &note) {
+        std::fprintf(stderr, "fizzle-studio: %s\n", note.c_str());
+    });
     frame_ = first;
     process_to(first);
     clean_ = true;
-    keep_state(first);
+    keep_state(first, first, last);
 }
 
 Session::~Session() { shutdown(); }
@@ -135,11 +138,14 @@ void Session::process_to(int frame) {
 
 void Session::settings_changed() {
     states_.clear();
+    disk_->forget_key();
     clean_ = false;
 }
 
-void Session::keep_state(int frame) {
-    if (clean_ && states_.wants(frame) && host_->can_simulate()) states_.keep(frame, host_->export_state());
+void Session::keep_state(int frame, int first, int last) {
+    if (!clean_ || !host_->can_simulate()) return;
+    if (states_.wants(frame)) states_.keep(frame, host_->export_state());
+    disk_->frame_done(frame, first, last, preroll_);
 }
 
 void Session::restart_bubbles() {
@@ -249,7 +255,16 @@ json Session::go_to(int frame) {
     // restart; a kept state between that and the frame beats both.
     int start = frame > from ? from : first - 1;
     bool restart = frame <= from;
-    if (auto kept = states_.nearest(frame - 1); kept && kept->first > start) {
+    auto kept = states_.nearest(frame - 1);
+    const int in_memory = kept && kept->first > start ? kept->first : start;
+    if (std::optional<int> restored = disk_->restore(in_memory, frame - 1, first, last, preroll_);
+        restored && *restored > in_memory) {
+        start = *restored;
+        restart = false;
+        clean_ = true;
+        kept.reset();
+    }
+    if (kept && kept->first > start) {
         if (host_->import_state(*kept->second)) {
             start = kept->first;
             restart = false;
@@ -273,7 +288,7 @@ json Session::go_to(int frame) {
             // Frames on the way only advance the bubbles, without a picture when the plug-in can.
             if (next < frame && host_->can_simulate()) host_->simulate(next);
             else process_to(next);
-            keep_state(next);
+            keep_state(next, first, last);
             std::lock_guard<std::mutex> state(state_mutex_);
             ++busy_done_;
             if (stopping_) throw RequestError("the studio is stopping");

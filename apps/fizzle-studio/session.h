@@ -18,6 +18,7 @@
 #include "apps/fizzle-render/options.h"
 #include "sparkhost/host.h"
 #include "sparkhost/viewer.h"
+#include "disk_states.h"
 #include "state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
@@ -52,7 +53,8 @@ public:
     nlohmann::json overlay(float zoom);
     // Forwards: the bubbles go on from the frame shown; backwards: they
     // restart from the first frame. Either way they start instead from the
-    // nearest state kept since the last change when that is closer, and
+    // nearest state kept since the last change (or on disk, with --cache)
+    // when that is closer, and
     // frames on the way are only simulated, so frame N shows what a render
     // of frames first..N would.
     nlohmann::json go_to(int frame);
@@ -99,7 +101,7 @@ private:
     // Anything the bubbles depend on changed: kept states no longer hold,
     // and the live one is no longer that of a render from the first frame.
     void settings_changed();
-    void keep_state(int frame);
+    void keep_state(int frame, int first, int last);
     nlohmann::json after_change(const std::optional<sparkhost::Frame> &frame);
     sparkhost::Control &control(int number);
 
@@ -110,6 +112,7 @@ private:
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
     StateCache states_;
+    std::unique_ptr<DiskStates> disk_;
     bool clean_ = false;  // the live state is that of an uninterrupted run from first_
 
     std::mutex state_mutex_;

@@ -36,6 +36,11 @@ void add_studio_options(CLI::App &app, StudioOptions &options) {
     app.add_option("--reflection", render.inputs[sparkhost::kReflection], "Reflection image (default: built in)");
     app.add_option("--setup", render.setup, "Setup file to load at start");
     app.add_option("--preset", render.preset, "Demo preset to choose at start");
+    app.add_option("--cache", render.cache_dir,
+                   "DIR: keep checkpoints of the bubbles there (fizzle-render's files) and jump from the nearest one");
+    app.add_option("--cache-every", render.cache_every, "Save a checkpoint after every Nth frame")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1000000));
     app.add_option("--plugin", render.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")
         ->capture_default_str()

@@ -2,6 +2,8 @@
 // a run from the first frame with the settings in force gives.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <map>
 
@@ -10,8 +12,9 @@
 
 namespace {
 
-std::unique_ptr<Session> basic_session(int last) {
+std::unique_ptr<Session> basic_session(int last, const std::string &cache) {
     RenderOptions options;
+    options.cache_dir = cache;
     options.format = {96, 54, sparkhost::Depth::Bits8};
     options.preset = "Basic";
     options.processors = 2;
@@ -30,10 +33,14 @@ int control_number(Session &session, const std::string &name) {
 // One session for the whole suite: the plug-in is one instance a process.
 class StudioTimeline : public testing::Test {
 protected:
-    static void SetUpTestSuite() { session_ = basic_session(60).release(); }
+    static std::string cache() {
+        return (std::filesystem::temp_directory_path() / ("fizzle-studio-cache-" + std::to_string(getpid()))).string();
+    }
+    static void SetUpTestSuite() { session_ = basic_session(60, cache()).release(); }
     static void TearDownTestSuite() {
         delete session_;
         session_ = nullptr;
+        std::filesystem::remove_all(cache());
     }
     static std::vector<uint8_t> shown_at(int frame) {
         session_->go_to(frame);
@@ -74,6 +81,20 @@ TEST_F(StudioTimeline, AChangeMakesEarlierStatesUselessSoJumpsUseTheNewSettings)
     session_->go_to(22);
     const std::vector<uint8_t> again = shown_at(21);
     EXPECT_EQ(again, step_through(21).at(21));
+}
+
+TEST_F(StudioTimeline, CheckpointsOnDiskServeTheSameSettingsAgainAfterAChangeWasUndone) {
+    const auto sequential = step_through(30);
+    const int density = control_number(*session_, "Density");
+    const nlohmann::json listed = session_->controls();
+    std::string before;
+    for (const auto &control : listed["controls"])
+        if (control["number"] == density) before = control["value"].dump();
+    session_->set_value(density, "80");
+    session_->set_value(density, before);
+    const nlohmann::json answer = session_->go_to(28);
+    EXPECT_EQ(answer["from"], 26) << "the checkpoint after frame 25 was not used";
+    EXPECT_EQ(*session_->picture().rgb, sequential.at(28));
 }
 
 TEST(StudioStateCache, ThinsToEveryOtherStateWhenOverItsBudget) {
