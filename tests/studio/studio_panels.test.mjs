@@ -144,3 +144,51 @@ test('controls the plug-in hides leave the page and come back when their switch 
   await page.screenshot({ path: path.join(shots, 'studio-hidden.png') });
   await page.close();
 });
+
+test('the viewer shows the server\'s exact pixels, whether a picture came whole or as its changed pixels', async () => {
+  const page = await openPage();
+  const matches = () => page.evaluate(async () => {
+    const response = await fetch('/api/frame');
+    const version = Number(response.headers.get('X-Version'));
+    const rgb = new Uint8Array(await response.arrayBuffer());
+    const canvas = document.getElementById('picture');
+    if (Number(canvas.dataset.version) !== version) return { stale: true };
+    const shown = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data;
+    let differing = 0;
+    for (let p = 0; p < canvas.width * canvas.height; ++p)
+      if (shown[p * 4] !== rgb[p * 3] || shown[p * 4 + 1] !== rgb[p * 3 + 1] || shown[p * 4 + 2] !== rgb[p * 3 + 2]) ++differing;
+    return { differing, pixels: rgb.length / 3 };
+  });
+  const settle = async () => {
+    for (let i = 0; i < 50; ++i) {
+      const result = await matches();
+      if (!result.stale) return result;
+      await page.waitForTimeout(100);
+    }
+    return { stale: true };
+  };
+  assert.deepEqual(await settle(), { differing: 0, pixels: 320 * 180 });
+  // A slider changes only the bubbles: the page gets just those pixels.
+  const sent = [];
+  page.on('response', (response) => {
+    if (response.url().includes('/api/frame?base=')) sent.push(response.headers()['x-base'] !== undefined);
+  });
+  await page.getByRole('tab', { name: 'Light' }).click();
+  const slider = page.getByRole('slider', { name: 'Light Inten' });
+  await slider.focus();
+  for (let i = 0; i < 3; ++i) {
+    const version = await page.evaluate(() => Number(document.getElementById('picture').dataset.version));
+    await page.keyboard.press('PageUp');
+    await page.waitForFunction((v) => Number(document.getElementById('picture').dataset.version) > v, version,
+      { timeout: 15000 });
+    assert.deepEqual(await settle(), { differing: 0, pixels: 320 * 180 });
+  }
+  assert.ok(sent.includes(true), `no picture came as changes (${JSON.stringify(sent)})`);
+  // The next frame comes whole (the scene moves) and is exact too.
+  const version = await page.evaluate(() => Number(document.getElementById('picture').dataset.version));
+  await page.getByRole('button', { name: 'Next frame' }).click();
+  await page.waitForFunction((v) => Number(document.getElementById('picture').dataset.version) > v, version,
+    { timeout: 15000 });
+  assert.deepEqual(await settle(), { differing: 0, pixels: 320 * 180 });
+  await page.close();
+});

@@ -71,14 +71,12 @@ function showPicture(version) {
 // Writes the server's RGB bytes, whole or as runs of changed pixels, into
 // the RGBA picture the page keeps; false when they do not fit it.
 function applyPicture(image, bytes, changes) {
-  const rgba = image.data;
+  // One 32-bit store a pixel (bytes R, G, B, A in memory: little-endian words).
+  const words32 = new Uint32Array(image.data.buffer, image.data.byteOffset, image.width * image.height);
   const copy = (from, pixel, count) => {
-    if (from + count * 3 > bytes.length || (pixel + count) * 4 > rgba.length) return false;
-    for (let i = 0, o = pixel * 4; i < count * 3; i += 3, o += 4) {
-      rgba[o] = bytes[from + i];
-      rgba[o + 1] = bytes[from + i + 1];
-      rgba[o + 2] = bytes[from + i + 2];
-    }
+    if (from + count * 3 > bytes.length || pixel + count > words32.length) return false;
+    for (let i = from, o = pixel, end = pixel + count; o < end; i += 3, ++o)
+      words32[o] = 0xff000000 | (bytes[i + 2] << 16) | (bytes[i + 1] << 8) | bytes[i];
     return true;
   };
   if (!changes) return bytes.length === image.width * image.height * 3 && copy(0, 0, image.width * image.height);
@@ -111,7 +109,6 @@ async function fetchPicture() {
   if (!view.image || view.image.width !== width || view.image.height !== height) {
     if (changes) return false;
     view.image = new ImageData(width, height);
-    view.image.data.fill(255);
   }
   if (!applyPicture(view.image, bytes, changes)) {
     if (!changes) return false;
