@@ -257,8 +257,10 @@ json Session::go_to(int frame) {
     bool restart = frame <= from;
     auto kept = states_.nearest(frame - 1);
     const int in_memory = kept && kept->first > start ? kept->first : start;
+    // A checkpoint on the way that failed its checks may leave an older one
+    // imported: the bubbles then go on from that one unless memory has better.
     if (std::optional<int> restored = disk_->restore(in_memory, frame - 1, first, last, preroll_);
-        restored && *restored > in_memory) {
+        restored && (*restored > in_memory || in_memory == start)) {
         start = *restored;
         restart = false;
         clean_ = true;
