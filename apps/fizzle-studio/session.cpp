@@ -56,9 +56,16 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     disk_ = std::make_unique<DiskStates>(*host_, options_, [](const std::string &note) {
         std::fprintf(stderr, "fizzle-studio: %s\n", note.c_str());
     });
+    // The shot starts at frame 1 whatever part of it the timeline shows, as
+    // fizzle-render's does, so frame N here is frame N of a render.
+    clean_ = true;
+    for (int earlier = 1; earlier < first; ++earlier) {
+        if (host_->can_simulate()) host_->simulate(earlier);
+        else process_to(earlier);
+        keep_state(earlier, first, last);
+    }
     frame_ = first;
     process_to(first);
-    clean_ = true;
     keep_state(first, first, last);
 }
 
@@ -252,8 +259,9 @@ json Session::go_to(int frame) {
         throw RequestError("frame " + std::to_string(frame) + " is outside the range " + std::to_string(first) + "-" +
                            std::to_string(last));
     // The state to go on from: the live one going forwards, otherwise a
-    // restart; a kept state between that and the frame beats both.
-    int start = frame > from ? from : first - 1;
+    // restart at the shot's first frame; a kept state between that and the
+    // frame beats both.
+    int start = frame > from ? from : 0;
     bool restart = frame <= from;
     auto kept = states_.nearest(frame - 1);
     const int in_memory = kept && kept->first > start ? kept->first : start;

@@ -67,6 +67,12 @@ TEST_F(StudioTimeline, JumpsBackAndFarForwardShowTheFramesOfOneRunFromTheFirst) 
     // Only the frames after the nearest kept state are run again.
     EXPECT_EQ(session_->go_to(34)["from"], 31);
     EXPECT_EQ(session_->go_to(8)["from"], 1);
+    // A range starting later only frames the same shot, as fizzle-render's
+    // --frames does: a jump back still runs the bubbles from frame 1.
+    session_->set_range(10, 60);
+    session_->go_to(30);
+    EXPECT_EQ(shown_at(12), sequential.at(12));
+    session_->set_range(1, 60);
 }
 
 TEST_F(StudioTimeline, AChangeMakesEarlierStatesUselessSoJumpsUseTheNewSettings) {
