@@ -12,6 +12,7 @@
 
 #include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
+#include "sparkhost/file_pixels.h"
 
 namespace sparkhost {
 
@@ -159,11 +160,11 @@ void write_image(const std::string &path, const Frame &frame, const std::string 
     if (!output)
         throw Error("cannot write " + quoted(path) + ": no image format for its extension");
     const FrameFormat &format = frame.format();
-    bool deep = format.depth == Depth::Bits12;
     std::string extension = extension_of(path);
-    OIIO::TypeDesc file_type = extension == ".exr" ? (deep ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF)
-                                            : (deep ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
-    OIIO::ImageSpec spec(format.width, format.height, 3, file_type);
+    // Each writer thread keeps its conversion buffer from file to file.
+    thread_local FilePixels pixels;
+    const FileSamples samples = pixels.convert(frame, extension == ".exr");
+    OIIO::ImageSpec spec(format.width, format.height, 3, samples.type);
     apply_compression(extension, compression, spec);
     // A fixed stamp instead of the wall clock, so the same frame gives the same
     // bytes whenever and wherever it is rendered.
@@ -171,27 +172,7 @@ void write_image(const std::string &path, const Frame &frame, const std::string 
     AtomicFile file(path);
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-    const std::size_t row_samples = std::size_t(format.width) * 3;
-    bool ok;
-    if (deep) {
-        // Widened as Frame::value16 widens: the 12 bits repeated below themselves.
-        std::vector<uint16_t> samples(row_samples * format.height);
-        for (int file_row = 0; file_row < format.height; ++file_row) {
-            const uint8_t *row = frame.row(format.height - 1 - file_row);
-            uint16_t *out = &samples[file_row * row_samples];
-            for (std::size_t i = 0; i < row_samples; ++i) {
-                uint16_t word;
-                std::memcpy(&word, row + 2 * i, 2);
-                word &= 0xFFF0;
-                out[i] = uint16_t(word | (word >> 12));
-            }
-        }
-        ok = output->write_image(OIIO::TypeDesc::UINT16, samples.data());
-    } else {
-        // Frames are bottom row first: the last row read upwards is the file.
-        const auto row_bytes = OIIO::stride_t(row_samples);
-        ok = output->write_image(OIIO::TypeDesc::UINT8, frame.row(format.height - 1), OIIO::AutoStride, -row_bytes);
-    }
+    bool ok = output->write_image(samples.type, samples.rows, OIIO::AutoStride, samples.stride);
     if (!ok || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
     output.reset();
