@@ -68,8 +68,12 @@ void apply_compression(const std::string &extension, const std::string &compress
     std::string chosen = compression.empty() ? render_compression(extension) : compression;
     if (chosen.empty()) return;
     if (extension == ".png") {
-        // PNG is always Deflate; "none" is its level 0.
-        spec.attribute("compression", chosen == "none" ? "zip:0" : chosen);
+        // PNG is always Deflate; "none" is its level 0. The PNG writer takes
+        // its level from an attribute of its own, not from "zip:LEVEL".
+        const std::size_t colon = chosen.find(':');
+        const int level = chosen == "none" ? 0 : colon == std::string::npos ? 6 : std::stoi(chosen.substr(colon + 1));
+        spec.attribute("compression", "zip");
+        spec.attribute("png:compressionLevel", level);
         return;
     }
     spec.attribute("compression", chosen);

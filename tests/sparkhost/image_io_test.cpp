@@ -13,7 +13,9 @@
 #include <thread>
 #include <vector>
 
+#include "sparkhost/default_clips.h"
 #include "sparkhost/file_clip.h"
+#include "sparkhost/host.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/image_io.h"
 
@@ -123,5 +125,26 @@ TEST(ImageFiles, TheSameFrameWrittenLaterGivesTheSameBytes) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // past a clock stamp's second
         write_image(second, frame);
         EXPECT_EQ(bytes(first), bytes(second)) << extension;
+    }
+}
+
+// Every format's writer takes its Deflate level from the setting: a higher
+// level gives a smaller file, "none" the largest, and the pixels stay exact.
+TEST(ImageFiles, DeflateLevelsTakeEffectInEveryFormatThatHasThem) {
+    TempDir dir;
+    const FrameFormat format{480, 270, Depth::Bits8};
+    const Frame frame = default_frame(kScene, 1, format);
+    for (const char *extension : {"png", "tif"}) {
+        SCOPED_TRACE(extension);
+        std::uintmax_t previous = 0;
+        int count = 0;
+        for (const char *compression : {"zip:9", "zip:1", "none"}) {
+            const std::string path = dir.file(std::to_string(++count) + "." + extension);
+            write_image(path, frame, compression);
+            EXPECT_GT(fs::file_size(path), previous) << compression;
+            previous = fs::file_size(path);
+            FileClip clip(path);
+            EXPECT_TRUE(clip.frame(1, format) == frame) << compression;
+        }
     }
 }
