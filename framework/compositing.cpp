@@ -155,8 +155,10 @@ void ImageQv::CopyValues(ImageQv *source, float fr, float fg, float fb, float fa
     if (!source) return;
     if (!matches(*this, source, "CopyValues", "source")) return;
     if (fr == 1.0f && fg == 1.0f && fb == 1.0f && fa == 1.0f) {
-        for (int32_t y = 0; y < height; ++y)
-            std::memcpy(rows[y], source->rows[y], size_t(width) * sizeof(PixelQv));
+        // A whole frame copied every frame: in bands, so each processor
+        // copies its share instead of one copying while the others wait.
+        op.source = source;
+        MultiProcess(&ImageQv::mp_copy_values, height);
         return;
     }
     auto scale = [](uint16_t channel, float factor) -> uint16_t {
@@ -175,6 +177,10 @@ void ImageQv::CopyValues(ImageQv *source, float fr, float fg, float fb, float fa
             out[x].alpha = scale(in[x].alpha, fa);
         }
     }
+}
+
+void ImageQv::mp_copy_values(long first, long last) {
+    for (long y = first; y <= last; ++y) std::memcpy(rows[y], op.source->rows[y], size_t(width) * sizeof(PixelQv));
 }
 
 void ImageQv::BlendBack(float amount, ImageQv *source) {

@@ -62,6 +62,7 @@ public:
     void mp_shift_intensity_down(long first, long last);
     void mp_shift_intensity_up(long first, long last);
     void mp_copy_alpha(long first, long last);
+    void mp_copy_values(long first, long last);
     void mp_copy_rgb(long first, long last);
     void mp_copy_r(long first, long last);
     void mp_copy_g(long first, long last);

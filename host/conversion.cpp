@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "framework/pixel_blocks.h"
 #include "framework/plugin.h"
@@ -62,8 +63,16 @@ ImageQv *ConvertFrom(const void *buffer, long width, long height, double aspect,
             image = new ImageQv(width, height, 1.0f, AcquirePixels(size_t(width) * size_t(height), false),
                                 nullptr);
             image->owns_pixels = 1;
-        } else if (s == 1)
-            image = new ImageQv(width, height, 1.0f, nullptr, nullptr);
+        } else if (s == 1) {
+            // Cleared in bands, each processor its share, rather than by one.
+            const size_t count = size_t(width) * size_t(height);
+            image = new ImageQv(width, height, 1.0f, AcquirePixels(count, false), nullptr);
+            image->owns_pixels = 1;
+            ImageQv &cleared = *image;
+            for_row_bands(height, [&](long first, long last) {
+                for (long y = first; y <= last; ++y) std::memset(cleared.rows[y], 0, size_t(width) * sizeof(PixelQv));
+            });
+        }
         else
             image = new ImageQv(ProxyExtent(width, s), ProxyExtent(height, s), float(s), nullptr,
                                 nullptr);
