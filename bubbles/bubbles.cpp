@@ -19,5 +19,5 @@ Bubbles::Bubbles() {
 Bubbles::~Bubbles() { part_set_destroy(partSet); }
 
 void Bubbles::fill_random_table(long *seed) {
-    for (float &entry : randomTable) entry = ran1fQv(seed);
+    ran1fQvFill(seed, randomTable, kRandomTableSize);
 }

@@ -59,9 +59,23 @@ ShuffledMinimalStandard float_stream;
 
 long ran1Qv(long *seed) { return integer_stream.Next(seed); }
 
-float ran1fQv(long *seed) {
-    const float value = float(float_stream.Next(seed)) * 4.656612873e-10f;
+namespace {
+
+float unit_float(long draw) {
+    const float value = float(draw) * 4.656612873e-10f;
     return value > 0.99999988f ? 0.99999988f : value;
+}
+
+}  // namespace
+
+float ran1fQv(long *seed) { return unit_float(float_stream.Next(seed)); }
+
+void ran1fQvFill(long *seed, float *out, long count) {
+    ShuffledMinimalStandard stream = float_stream;
+    long local_seed = *seed;
+    for (long i = 0; i < count; ++i) out[i] = unit_float(stream.Next(&local_seed));
+    *seed = local_seed;
+    float_stream = stream;
 }
 
 namespace {

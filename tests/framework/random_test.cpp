@@ -2,6 +2,8 @@
 // definitions.
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "framework/random.h"
 
 TEST(RandQv, LinearCongruentialStepWrapsAndKeepsBitsSixteenToThirty) {
@@ -26,6 +28,20 @@ TEST(Ran1fQv, SameIntegersAsRan1QvScaledAndNeverReachingOne) {
         float value = ran1fQv(&seed);
         ASSERT_TRUE(value > 0.0f && value <= 0.99999988f) << i;
     }
+}
+
+// The bulk fill is the same stream: same values, same seed after, and a
+// draw after it continues where single draws would have.
+TEST(Ran1fQv, FillDrawsTheSameNumbersAndLeavesTheStreamWhereSingleDrawsWould) {
+    long single_seed = -77, fill_seed = -77;
+    std::vector<float> single(5000), filled(5000);
+    for (float &value : single) value = ran1fQv(&single_seed);
+    const long seed_after = single_seed;
+    const float single_next = ran1fQv(&single_seed);
+    ran1fQvFill(&fill_seed, filled.data(), long(filled.size()));
+    EXPECT_EQ(filled, single);
+    EXPECT_EQ(fill_seed, seed_after);
+    EXPECT_EQ(ran1fQv(&fill_seed), single_next);
 }
 
 TEST(Ran2Qv, ThreeGeneratorsShuffledFromMinusOneLeaveSeedAtOne) {
