@@ -1,16 +1,18 @@
-// The writer thread behind a render.
+// The writer threads behind a render.
 #include "sparkhost/frame_writer.h"
 
+#include <memory>
+
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
 #include "sparkhost/image_io.h"
 
 namespace sparkhost {
 
-FrameWriter::FrameWriter(FramePattern output, std::string compression, int queue_depth)
-    : output_(std::move(output)),
-      compression_(std::move(compression)),
-      depth_(std::size_t(queue_depth < 1 ? 1 : queue_depth)),
-      thread_([this] { work(); }) {}
+FrameWriter::FrameWriter(FramePattern output, std::string compression, int queue_depth, int encoders)
+    : output_(std::move(output)), compression_(std::move(compression)), depth_(std::size_t(queue_depth < 1 ? 1 : queue_depth)) {
+    for (int i = 0; i < (encoders < 1 ? 1 : encoders); ++i) threads_.emplace_back([this] { work(); });
+}
 
 FrameWriter::~FrameWriter() {
     {
@@ -18,7 +20,7 @@ FrameWriter::~FrameWriter() {
         closing_ = true;
     }
     changed_.notify_all();
-    thread_.join();
+    for (std::thread &thread : threads_) thread.join();
 }
 
 Frame FrameWriter::take_buffer() {
@@ -37,13 +39,13 @@ void FrameWriter::submit(int number, Frame frame) {
     std::unique_lock<std::mutex> lock(mutex_);
     changed_.wait(lock, [this] { return failure_ || queue_.size() < depth_; });
     throw_failure();
-    queue_.push_back(Job{number, std::move(frame)});
+    queue_.push_back(Job{number, std::move(frame), submitted_++});
     changed_.notify_all();
 }
 
 void FrameWriter::finish() {
     std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [this] { return failure_ || (queue_.empty() && !writing_); });
+    changed_.wait(lock, [this] { return failure_ || (queue_.empty() && writing_ == 0); });
     throw_failure();
 }
 
@@ -54,20 +56,33 @@ void FrameWriter::work() {
         if (failure_ || queue_.empty()) return;
         Job job = std::move(queue_.front());
         queue_.pop_front();
-        writing_ = true;
+        ++writing_;
         lock.unlock();
         std::exception_ptr failure;
+        std::unique_ptr<AtomicFile> file;
         try {
-            write_image(output_.path(job.number), job.frame, compression_);
+            file = std::make_unique<AtomicFile>(output_.path(job.number));
+            write_image(*file, job.frame, compression_);
         } catch (...) {
             failure = std::current_exception();
         }
         lock.lock();
-        writing_ = false;
-        if (failure) {
+        // Renamed in frame order: wait for the frames submitted before this one.
+        changed_.wait(lock, [&] { return failure_ || committed_ == job.sequence; });
+        if (!failure && !failure_) {
+            try {
+                file->commit();
+            } catch (...) {
+                failure = std::current_exception();
+            }
+        }
+        file.reset();  // an uncommitted temporary is removed
+        ++committed_;
+        --writing_;
+        if (failure && !failure_) {
             failure_ = failure;
             queue_.clear();
-        } else if (spare_.size() < depth_ + 1) {
+        } else if (!failure && spare_.size() < depth_ + threads_.size()) {
             spare_.push_back(std::move(job.frame));
         }
         changed_.notify_all();

@@ -1,7 +1,10 @@
-// Writes rendered frames behind the render, on a thread of its own, in frame
-// order, through a bounded queue so memory stays bounded however long the
-// sequence. Frame buffers travel back to the render once written, so a
-// long run reuses the same few buffers.
+// Writes rendered frames behind the render, through a bounded queue so
+// memory stays bounded however long the sequence. Compressing a frame can
+// take longer than rendering one, so `encoders` threads encode successive
+// frames side by side; each file is renamed into place in frame order, so
+// the files appear one after another as from a single writer. Frame buffers
+// travel back to the render once written, so a long run reuses the same few
+// buffers.
 //
 //     FrameWriter writer(FramePattern("out/f.%04d.exr"), "");
 //     for (...) {
@@ -28,9 +31,10 @@ namespace sparkhost {
 
 class FrameWriter {
 public:
-    // The first write error stops the writer: later frames are dropped and
-    // submit() and finish() throw it. `compression` as write_image takes it.
-    FrameWriter(FramePattern output, std::string compression, int queue_depth = 3);
+    // The first write error stops the writer: later frames are dropped (none
+    // of them appears, even one already encoded) and submit() and finish()
+    // throw it. `compression` as write_image takes it.
+    FrameWriter(FramePattern output, std::string compression, int queue_depth = 3, int encoders = 2);
     // Writes what was queued, unless a write already failed.
     ~FrameWriter();
     FrameWriter(const FrameWriter &) = delete;
@@ -46,6 +50,7 @@ private:
     struct Job {
         int number;
         Frame frame;
+        long sequence;  // the order the frames were submitted in
     };
     void work();
     void throw_failure();
@@ -57,10 +62,12 @@ private:
     std::condition_variable changed_;
     std::deque<Job> queue_;
     std::vector<Frame> spare_;
-    bool writing_ = false;  // a job is out of the queue but not yet written
+    long submitted_ = 0;     // frames queued so far
+    long committed_ = 0;     // frames renamed into place (or dropped) so far
+    int writing_ = 0;        // jobs out of the queue but not yet finished
     bool closing_ = false;
     std::exception_ptr failure_;
-    std::thread thread_;
+    std::vector<std::thread> threads_;
 };
 
 }  // namespace sparkhost

@@ -159,7 +159,8 @@ void check_compression(const std::string &path, const std::string &compression) 
     }
 }
 
-void write_image(const std::string &path, const Frame &frame, const std::string &compression) {
+void write_image(AtomicFile &file, const Frame &frame, const std::string &compression) {
+    const std::string &path = file.path();
     auto output = OIIO::ImageOutput::create(path);
     if (!output)
         throw Error("cannot write " + quoted(path) + ": no image format for its extension");
@@ -173,13 +174,16 @@ void write_image(const std::string &path, const Frame &frame, const std::string 
     // A fixed stamp instead of the wall clock, so the same frame gives the same
     // bytes whenever and wherever it is rendered.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
-    AtomicFile file(path);
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
     bool ok = output->write_image(samples.type, samples.rows, OIIO::AutoStride, samples.stride);
     if (!ok || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-    output.reset();
+}
+
+void write_image(const std::string &path, const Frame &frame, const std::string &compression) {
+    AtomicFile file(path);
+    write_image(file, frame, compression);
     file.commit();
 }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/frame.h"
 
 namespace sparkhost {
@@ -29,6 +30,10 @@ Frame read_image(const std::string &path, Depth depth);
 // not at all: it is written under a temporary name and renamed into place.
 // Throws Error.
 void write_image(const std::string &path, const Frame &frame, const std::string &compression = "");
+// The same, written to file's temporary name and left for the caller to
+// commit (or abandon): writers that encode several frames at once rename
+// them in frame order.
+void write_image(AtomicFile &file, const Frame &frame, const std::string &compression = "");
 
 // What a render writes to the path's format by default ("" for formats left
 // to their own default): Deflate TIFF and PNG at the fastest level, PIZ EXR.

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <filesystem>
@@ -10,8 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "sparkhost/default_clips.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_writer.h"
+#include "sparkhost/host.h"
 #include "sparkhost/image_io.h"
 #include "sparkhost/prefetch_clip.h"
 
@@ -85,6 +89,32 @@ TEST(FrameWriter, WritesEveryFrameWholeUnderItsOwnNumber) {
         EXPECT_EQ(read_image(dir.file(name), Depth::Bits8), numbered(number * 20)) << name;
     }
     EXPECT_EQ(dir.names(), expected) << "nothing but the frames, no temporary files";
+}
+
+// Frames are encoded side by side, but a slow first frame still lands
+// first: a file under its final name means every earlier one is there.
+TEST(FrameWriter, SeveralEncodersStillRenameTheFilesInFrameOrder) {
+    TempDir dir;
+    const int watch_fd = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(watch_fd, 0);
+    ASSERT_GE(inotify_add_watch(watch_fd, dir.file("").c_str(), IN_MOVED_TO), 0);
+    {
+        FrameWriter writer(FramePattern(dir.file("f.%02d.png")), "zip:9", 3, 3);
+        writer.submit(1, default_frame(kScene, 1, FrameFormat{640, 360, Depth::Bits8}));  // slow to compress
+        for (int number = 2; number <= 6; ++number) writer.submit(number, numbered(number));
+        writer.finish();
+    }
+    std::vector<std::string> renamed;
+    alignas(inotify_event) char events[4096];
+    for (ssize_t got; (got = read(watch_fd, events, sizeof events)) > 0;)
+        for (char *at = events; at < events + got;) {
+            const auto *event = reinterpret_cast<const inotify_event *>(at);
+            renamed.push_back(event->name);
+            at += sizeof(inotify_event) + event->len;
+        }
+    close(watch_fd);
+    EXPECT_EQ(renamed, (std::vector<std::string>{"f.01.png", "f.02.png", "f.03.png", "f.04.png", "f.05.png",
+                                                 "f.06.png"}));
 }
 
 TEST(FrameWriter, AWriteErrorStopsTheRunNamingTheFileAndLeavesNoPartialFile) {
