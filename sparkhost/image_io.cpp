@@ -1,39 +1,101 @@
-// Image files through OpenImageIO, flipped to and from bottom-up frames.
+// Image files through the image I/O module, loaded on first use or ahead of
+// it on a thread of its own; compression choices are settled here.
 #include "sparkhost/image_io.h"
 
-#include <OpenImageIO/imageio.h>
-#include <unistd.h>
+#include <dlfcn.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
+#include <atomic>
+#include <cstdlib>
 #include <filesystem>
+#include <mutex>
+#include <thread>
 #include <vector>
 
-#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
-#include "sparkhost/file_pixels.h"
+#include "sparkhost/image_codec.h"
 
 namespace sparkhost {
 
 namespace {
 
-std::string quoted(const std::string &path) { return "'" + path + "'"; }
+constexpr const char *kModuleName = "sparkhost-imageio.so";
 
-std::string oiio_problem(const std::string &text) {
-    std::string problem = text.empty() ? "unknown error" : text;
-    std::replace(problem.begin(), problem.end(), '\n', ' ');
-    return problem;
+// Beside this library, wherever it was built or installed; the variable
+// names another module (or a missing one, to see the error).
+std::string module_path() {
+    if (const char *chosen = std::getenv("SPARKHOST_IMAGE_IO"); chosen && *chosen) return chosen;
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void *>(&module_path), &info) && info.dli_fname)
+        return (std::filesystem::path(info.dli_fname).parent_path() / kModuleName).string();
+    return kModuleName;
 }
 
-std::unique_ptr<OIIO::ImageInput> open_input(const std::string &path) {
-    std::error_code error;
-    if (!std::filesystem::exists(path, error)) throw Error("no such file " + quoted(path));
-    if (std::filesystem::is_directory(path, error)) throw Error(quoted(path) + " is a directory");
-    auto input = OIIO::ImageInput::open(path);
-    if (!input) throw Error("cannot read " + quoted(path) + ": " + oiio_problem(OIIO::geterror()));
-    return input;
+class CodecLoader {
+public:
+    CodecLoader() = default;
+    // A load still under way is waited for: the thread is never left running.
+    ~CodecLoader() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (thread_.joinable()) thread_.join();
+    }
+    CodecLoader(const CodecLoader &) = delete;
+    CodecLoader &operator=(const CodecLoader &) = delete;
+
+    void start() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (thread_.joinable() || attempted_) return;
+        thread_ = std::thread([this] { load(); });
+    }
+
+    const ImageCodec &get() {
+        if (const ImageCodec *ready = ready_.load(std::memory_order_acquire)) return *ready;
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (thread_.joinable()) thread_.join();
+        if (!attempted_) load();
+        if (!codec_) throw Error(problem_);
+        ready_.store(codec_, std::memory_order_release);
+        return *codec_;
+    }
+
+private:
+    // Runs on the loading thread, or under the mutex with no thread.
+    void load() {
+        attempted_ = true;
+        const std::string path = module_path();
+        // Never closed: the image library stays until the process ends.
+        void *handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!handle) {
+            const char *why = dlerror();
+            problem_ = "cannot load the image I/O module '" + path + "': " + (why ? why : "unknown error");
+            return;
+        }
+        using Entry = const ImageCodec *(*)();
+        auto entry = reinterpret_cast<Entry>(dlsym(handle, SPARKHOST_IMAGE_CODEC_SYMBOL));
+        const ImageCodec *codec = entry ? entry() : nullptr;
+        if (!codec || codec->version != kImageCodecVersion) {
+            problem_ = "the image I/O module '" + path + "' is not one this program can use (" +
+                       (codec ? "version " + std::to_string(codec->version) : "no " SPARKHOST_IMAGE_CODEC_SYMBOL) +
+                       ")";
+            return;
+        }
+        codec_ = codec;
+    }
+
+    std::mutex mutex_;
+    std::thread thread_;
+    std::atomic<const ImageCodec *> ready_{nullptr};
+    bool attempted_ = false;
+    const ImageCodec *codec_ = nullptr;
+    std::string problem_;
+};
+
+CodecLoader &loader() {
+    static CodecLoader instance;
+    return instance;
 }
+
+const ImageCodec &codec() { return loader().get(); }
 
 std::string extension_of(const std::string &path) {
     std::string extension = std::filesystem::path(path).extension().string();
@@ -64,81 +126,26 @@ const std::vector<std::string> *known_compressions(const std::string &extension)
     return nullptr;
 }
 
-void apply_compression(const std::string &extension, const std::string &compression, OIIO::ImageSpec &spec) {
-    std::string chosen = compression.empty() ? render_compression(extension) : compression;
-    if (chosen.empty()) return;
-    if (extension == ".png") {
-        // PNG is always Deflate; "none" is its level 0. The PNG writer takes
-        // its level from an attribute of its own, not from "zip:LEVEL".
-        const std::size_t colon = chosen.find(':');
-        const int level = chosen == "none" ? 0 : colon == std::string::npos ? 6 : std::stoi(chosen.substr(colon + 1));
-        spec.attribute("compression", "zip");
-        spec.attribute("png:compressionLevel", level);
-        return;
-    }
-    spec.attribute("compression", chosen);
-}
-
 }  // namespace
 
-ImageSize probe_image(const std::string &path) {
-    auto input = open_input(path);
-    const OIIO::ImageSpec &spec = input->spec();
-    return {spec.width, spec.height};
+void preload_image_io() { loader().start(); }
+
+void require_image_io() { codec(); }
+
+ImageSize probe_image(const std::string &path) { return codec().probe(path); }
+
+Frame read_image(const std::string &path, Depth depth) { return codec().read(path, depth); }
+
+bool can_write_image(const std::string &path) { return codec().can_write(path); }
+
+void write_image(AtomicFile &file, const Frame &frame, const std::string &compression) {
+    codec().write(file, frame, compression.empty() ? render_compression(extension_of(file.path())) : compression);
 }
 
-Frame read_image(const std::string &path, Depth depth) {
-    auto input = open_input(path);
-    const OIIO::ImageSpec &spec = input->spec();
-    int channels = spec.nchannels;
-    if (channels < 1 || spec.width < 1 || spec.height < 1)
-        throw Error(quoted(path) + " holds no pixels");
-    std::size_t samples = std::size_t(spec.width) * spec.height * channels;
-    Frame frame(FrameFormat{spec.width, spec.height, depth});
-    if (depth == Depth::Bits8 && channels >= 3) {
-        // Straight into the frame, last row first, so the file lands flipped.
-        const auto row_bytes = OIIO::stride_t(frame.format().row_bytes());
-        if (!input->read_image(0, 0, 0, 3, OIIO::TypeDesc::UINT8, frame.row(spec.height - 1), 3, -row_bytes))
-            throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
-        return frame;
-    }
-    // 8-bit reads let the library round; 12-bit reads go through floats so
-    // 16-bit and float files land on the nearest of the 4096 levels.
-    std::vector<uint8_t> bytes;
-    std::vector<float> floats;
-    bool ok;
-    if (depth == Depth::Bits8) {
-        bytes.resize(samples);
-        ok = input->read_image(0, 0, 0, channels, OIIO::TypeDesc::UINT8, bytes.data());
-    } else {
-        floats.resize(samples);
-        ok = input->read_image(0, 0, 0, channels, OIIO::TypeDesc::FLOAT, floats.data());
-    }
-    if (!ok) throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
-    for (int file_row = 0; file_row < spec.height; ++file_row) {
-        int y = spec.height - 1 - file_row;
-        for (int x = 0; x < spec.width; ++x) {
-            std::size_t at = (std::size_t(file_row) * spec.width + x) * channels;
-            for (int c = 0; c < 3; ++c) {
-                std::size_t sample = at + (channels >= 3 ? c : 0);
-                int value;
-                if (depth == Depth::Bits8) {
-                    value = bytes[sample];
-                } else {
-                    float level = std::clamp(floats[sample], 0.0f, 1.0f) * 4095.0f;
-                    value = int(std::floor(level + 0.5f));
-                }
-                frame.set_value(x, y, c, value);
-            }
-        }
-    }
-    return frame;
-}
-
-bool can_write_image(const std::string &path) {
-    auto output = OIIO::ImageOutput::create(path);
-    if (!output) OIIO::geterror();  // clear the library's pending message
-    return bool(output);
+void write_image(const std::string &path, const Frame &frame, const std::string &compression) {
+    AtomicFile file(path);
+    write_image(file, frame, compression);
+    file.commit();
 }
 
 std::string default_compression(const std::string &path) { return render_compression(extension_of(path)); }
@@ -157,34 +164,6 @@ void check_compression(const std::string &path, const std::string &compression) 
         throw Error("--compression: '" + compression + "' is not one of " + names + " (zip:0-9 sets a level) for " +
                     extension + " files");
     }
-}
-
-void write_image(AtomicFile &file, const Frame &frame, const std::string &compression) {
-    const std::string &path = file.path();
-    auto output = OIIO::ImageOutput::create(path);
-    if (!output)
-        throw Error("cannot write " + quoted(path) + ": no image format for its extension");
-    const FrameFormat &format = frame.format();
-    std::string extension = extension_of(path);
-    // Each writer thread keeps its conversion buffer from file to file.
-    thread_local FilePixels pixels;
-    const FileSamples samples = pixels.convert(frame, extension == ".exr");
-    OIIO::ImageSpec spec(format.width, format.height, 3, samples.type);
-    apply_compression(extension, compression, spec);
-    // A fixed stamp instead of the wall clock, so the same frame gives the same
-    // bytes whenever and wherever it is rendered.
-    spec.attribute("DateTime", "1970:01:01 00:00:00");
-    if (!output->open(file.temporary_path(), spec))
-        throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-    bool ok = output->write_image(samples.type, samples.rows, OIIO::AutoStride, samples.stride);
-    if (!ok || !output->close())
-        throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-}
-
-void write_image(const std::string &path, const Frame &frame, const std::string &compression) {
-    AtomicFile file(path);
-    write_image(file, frame, compression);
-    file.commit();
 }
 
 }  // namespace sparkhost

@@ -1,6 +1,13 @@
 // Reading and writing host frames as image files with OpenImageIO. Files are
 // stored top row first; frames keep the bottom row first, so both directions
 // flip the rows.
+//
+// OpenImageIO lives in a module of its own (image_codec.h), loaded the first
+// time a file is read or written: its libraries take longer to load than a
+// frame takes to render, and a program that never touches a file (or stops
+// at a bad argument) should not wait for them. preload_image_io() starts
+// loading it on a thread of its own; the first call that needs it waits for
+// that. A module that cannot be loaded makes those calls throw Error naming it.
 #pragma once
 
 #include <string>
@@ -9,6 +16,12 @@
 #include "sparkhost/frame.h"
 
 namespace sparkhost {
+
+// Starts loading the image I/O module in the background; returns at once.
+// Does nothing once it is loaded or loading.
+void preload_image_io();
+// Waits until the module is loaded. Throws Error when it cannot be.
+void require_image_io();
 
 struct ImageSize {
     int width = 0;

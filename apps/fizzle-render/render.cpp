@@ -28,6 +28,7 @@ using sparkhost::Error;
 
 namespace {
 
+// Where the frames go; their format is checked by check_output_format.
 void check_output(const RenderOptions &options) {
     namespace fs = std::filesystem;
     sparkhost::FramePattern pattern(options.output);
@@ -35,9 +36,6 @@ void check_output(const RenderOptions &options) {
         throw Error("output '" + options.output + "' has no frame number (%04d or ####) for " +
                     std::to_string(options.frame_count()) + " frames");
     fs::path first = pattern.path(options.first_frame);
-    if (!sparkhost::can_write_image(first.string()))
-        throw Error("output '" + options.output + "': no image format for the extension '" +
-                    first.extension().string() + "'");
     fs::path directory = first.parent_path().empty() ? fs::path(".") : first.parent_path();
     std::error_code error;
     if (!fs::exists(directory, error))
@@ -48,6 +46,30 @@ void check_output(const RenderOptions &options) {
         throw Error("output directory '" + directory.string() + "' is not writable: " + std::strerror(errno));
     if (fs::is_directory(first, error)) throw Error("output '" + first.string() + "' is a directory");
     if (!options.compression.empty()) sparkhost::check_compression(first.string(), options.compression);
+}
+
+// Asks the image library, so it waits for it to load: done once, as late as
+// possible but before the first frame or setup file is written.
+class OutputFormatCheck {
+public:
+    explicit OutputFormatCheck(const RenderOptions &options) : options_(options), done_(!options.writes_frames()) {}
+    void operator()() {
+        if (done_) return;
+        done_ = true;
+        const std::filesystem::path first = sparkhost::FramePattern(options_.output).path(options_.first_frame);
+        if (!sparkhost::can_write_image(first.string()))
+            throw Error("output '" + options_.output + "': no image format for the extension '" +
+                        first.extension().string() + "'");
+    }
+
+private:
+    const RenderOptions &options_;
+    bool done_;
+};
+
+bool reads_images(const RenderOptions &options) {
+    return options.renders() && std::any_of(options.inputs.begin(), options.inputs.end(),
+                                            [](const std::string &input) { return !input.empty(); });
 }
 
 // Keeps what the plug-in prints at start-up off standard output, where a
@@ -83,12 +105,15 @@ int render(const RenderOptions &options) {
     Progress progress(options.frame_count(), !options.quiet && isatty(STDERR_FILENO));
     sparkhost::Host host(host_settings(options, progress));
     attach_inputs(host, options);
-    if (options.renders()) host.check_inputs(options.first_frame, options.last_frame);
     if (options.writes_frames()) check_output(options);
-
     host.load(plugin_path(options));
     for (const char *entry : {"SparkInitialise", "SparkProcess", "SparkUnInitialise"})
         if (!host.exports(entry)) throw Error("plug-in '" + host.plugin_path() + "' exports no " + entry);
+    // Input files are looked at before anything else, so the image library
+    // is wanted at once; loading it before the plug-in would hold that up.
+    if (reads_images(options)) sparkhost::preload_image_io();
+    if (options.renders()) host.check_inputs(options.first_frame, options.last_frame);
+    OutputFormatCheck check_output_format(options);
     const bool listing = options.list_controls || options.list_presets;
     {
         QuietStdout quiet(listing);
@@ -96,6 +121,7 @@ int render(const RenderOptions &options) {
         configure_plugin(host, options);
     }
     if (!options.save_setup.empty()) {
+        check_output_format();
         try {
             sparkhost::save_setup(options.save_setup, plugin_controls(host));
         } catch (const std::exception &error) {
@@ -110,13 +136,19 @@ int render(const RenderOptions &options) {
         progress.clear_line();
         std::fprintf(stderr, "fizzle-render: note: %s\n", note.c_str());
     });
-    const int start = shot.catch_up();
 
     // Inputs are read ahead and frames written behind, each on a thread of
-    // its own, so the render itself waits on neither.
+    // its own, so the render itself waits on neither. Those threads start
+    // before the image library loads: a thread started while a library is
+    // loading waits until it is loaded. The library then loads while the
+    // shot catches up and the first frame renders.
     sparkhost::FramePattern output(options.output);
-    host.read_ahead(start, options.last_frame);
+    // Catching up never goes past the first frame, except when filling the cache.
+    if (!options.simulate_only) host.read_ahead(options.first_frame, options.last_frame);
     sparkhost::FrameWriter writer(output, options.compression);
+    if (options.writes_frames()) sparkhost::preload_image_io();
+    const int start = shot.catch_up();
+    if (options.simulate_only) host.read_ahead(start, options.last_frame);
     progress.start();
     for (int frame = start; frame <= options.last_frame; ++frame) {
         if (int signal = stop_signal()) {
@@ -129,6 +161,7 @@ int render(const RenderOptions &options) {
             shot.advance(frame);
         } else {
             if (!host.run_frame(frame)) throw Error(host.last_failure());
+            check_output_format();
             sparkhost::Frame picture = writer.take_buffer();
             picture.assign(host.output_buffer());
             overlay.apply(frame, picture);

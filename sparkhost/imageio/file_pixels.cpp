@@ -1,5 +1,5 @@
 // Frames into file layout through per-level tables.
-#include "sparkhost/file_pixels.h"
+#include "sparkhost/imageio/file_pixels.h"
 
 #include <OpenImageIO/imageio.h>
 
