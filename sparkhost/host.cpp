@@ -103,10 +103,23 @@ void Host::load(const std::string &path) {
     handle_ = handle;
     path_ = path;
     controls_ = ControlTable::discover(handle_);
+    // Every entry point a frame or a state call may need, while no other
+    // library is loading.
+    for (const char *name : {"SparkInitialise", "SparkUnInitialise", "SparkProcess", "SparkProcessStart",
+                             "SparkClips", "SparkMemoryTempBuffers", "SparkPup33", "SparkOverlay", "SparkInteract",
+                             "SparkSimulate", "SparkSimulateClips", "SparkStateExport", "SparkStateImport",
+                             "SparkChannelEditor"})
+        symbol(name);
     make_current();
 }
 
-void *Host::symbol(const char *name) const { return handle_ ? dlsym(handle_, name) : nullptr; }
+void *Host::symbol(const char *name) const {
+    if (!handle_) return nullptr;
+    std::lock_guard<std::mutex> lock(symbols_mutex_);
+    auto found = symbols_.find(name);
+    if (found == symbols_.end()) found = symbols_.emplace(name, dlsym(handle_, name)).first;
+    return found->second;
+}
 
 template <class Function>
 Function Host::entry(const char *name) const {
@@ -216,31 +229,59 @@ void Host::uninitialise(int frame) {
 
 void Host::prepare_frame(int frame, unsigned clips) {
     if (frame < 1) throw Error("frame numbers start at 1, not " + std::to_string(frame));
+    for (int clip = 0; clip < kClipCount; ++clip)
+        if (clips & (1u << clip)) fill_input(clip, frame);
+    prepare_output();
+}
+
+void Host::fill_input(int clip, int frame) {
     const FrameFormat &format = settings_.format;
-    for (int clip = 0; clip < kClipCount; ++clip) {
-        if (!(clips & (1u << clip))) continue;
-        // Filled in place: the buffers keep their storage from frame to frame.
-        // A still picture already in its buffer is not copied again; plug-ins
-        // read their input buffers and never write them.
-        Frame &picture = input_buffers_[clip];
-        ClipSource *source = inputs_[clip].get();
-        if (filled_from_[clip] == source && !source->changes() && picture.format() == format) continue;
-        filled_from_[clip] = nullptr;
-        try {
-            source->fill(frame, format, picture);
-        } catch (const Error &error) {
-            throw Error(std::string(clip_name(clip)) + " input: " + error.what());
-        }
-        filled_from_[clip] = source;
-        if (picture.format() != format)
-            throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() +
-                        " is " + picture.format().describe() + " but the frame is " +
-                        format.describe());
+    // Filled in place: the buffers keep their storage from frame to frame.
+    // A still picture already in its buffer is not copied again; plug-ins
+    // read their input buffers and never write them.
+    Frame &picture = input_buffers_[clip];
+    ClipSource *source = inputs_[clip].get();
+    if (filled_from_[clip] == source && !source->changes() && picture.format() == format) return;
+    filled_from_[clip] = nullptr;
+    try {
+        source->fill(frame, format, picture);
+    } catch (const Error &error) {
+        throw Error(std::string(clip_name(clip)) + " input: " + error.what());
     }
+    filled_from_[clip] = source;
+    if (picture.format() != format)
+        throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() + " is " +
+                    picture.format().describe() + " but the frame is " + format.describe());
+}
+
+void Host::prepare_output() {
+    const FrameFormat &format = settings_.format;
     if (output_.format() != format)
         output_ = Frame(format);
     else
         std::fill(output_.bytes().begin(), output_.bytes().end(), 0);
+}
+
+// Fills a buffer the plug-in asks for during a control callback, as
+// prepare_frame would have before it. False when it could not be filled;
+// the error is thrown once the callback returns.
+bool Host::fill_deferred(int id) {
+    if (!deferred_.active) return true;
+    try {
+        if (id == kOutputBufferId && deferred_.output) {
+            deferred_.output = false;
+            deferred_.shown = output_;
+            deferred_.cleared = true;
+            prepare_output();
+        } else if (id >= 2 && id < 2 + kClipCount && (deferred_.clips & (1u << (id - 2)))) {
+            deferred_.clips &= ~(1u << (id - 2));
+            fill_input(id - 2, deferred_.frame);
+        }
+        return true;
+    } catch (const Error &error) {
+        if (!deferred_.failure) deferred_.failure = error;
+        return false;
+    }
 }
 
 SparkInfoStruct Host::info_record(int frame) const {
@@ -294,15 +335,24 @@ void Host::make_current() {
 ControlTable &Host::controls() { return controls_; }
 
 std::optional<Frame> Host::user_change(Control &control, const double *value) {
-    // The viewer keeps showing the last frame unless the callback renders.
-    Frame shown = output_;
-    prepare_frame(current_frame_);
+    if (current_frame_ < 1) throw Error("frame numbers start at 1, not " + std::to_string(current_frame_));
+    deferred_ = Deferred{true, current_frame_, kAllClips, true, Frame(), false, std::nullopt};
     apply_proxy();
     make_current();
     const SparkInfoStruct info = info_record(current_frame_);
-    unsigned long *result = value ? control.set_by_user(*value, info) : control.notify(info);
+    unsigned long *result = nullptr;
+    try {
+        result = value ? control.set_by_user(*value, info) : control.notify(info);
+    } catch (...) {
+        deferred_.active = false;
+        throw;
+    }
+    Deferred done = std::move(deferred_);
+    deferred_ = Deferred();
+    if (done.failure) throw *done.failure;
+    // The viewer keeps showing the last frame unless the callback renders.
     if (!result || static_cast<void *>(result) != static_cast<void *>(output_.data())) {
-        output_ = std::move(shown);
+        if (done.cleared) output_ = std::move(done.shown);
         return std::nullopt;
     }
     return output_;
@@ -350,6 +400,7 @@ int Host::confirm(const std::string &text) {
 
 int Host::memory_buffer(int id, SparkMemBufStruct *record) {
     if (!record || settings_.unavailable_buffers.count(id)) return 0;
+    if (!fill_deferred(id)) return 0;
     Frame *frame = nullptr;
     if (id == kOutputBufferId)
         frame = &output_;

@@ -44,6 +44,7 @@
 #include "spark/spark.h"
 #include "sparkhost/clip_source.h"
 #include "sparkhost/controls.h"
+#include "sparkhost/error.h"
 #include "sparkhost/frame.h"
 #include "sparkhost/thread_pool.h"
 
@@ -214,16 +215,36 @@ private:
     void require_loaded(const char *what) const;
     void apply_proxy();
     std::optional<Frame> user_change(Control &control, const double *value);
+    void fill_input(int clip, int frame);
+    void prepare_output();
+    bool fill_deferred(int id);
 
     Settings settings_;
     ThreadPool pool_;
     void *handle_ = nullptr;
     std::string path_;
+    // Entry points looked up once: dlsym waits while another thread loads a
+    // library (the image I/O module loads during the first frames).
+    mutable std::mutex symbols_mutex_;
+    mutable std::unordered_map<std::string, void *> symbols_;
     std::array<std::shared_ptr<ClipSource>, kClipCount> inputs_;
     std::array<Frame, kClipCount> input_buffers_;
     // The source whose picture each input buffer holds, null when unknown.
     std::array<const ClipSource *, kClipCount> filled_from_{};
     Frame output_;
+    // During a control callback the buffers are filled only when the plug-in
+    // asks for them: most callbacks never do, and a 1080p picture drawn or
+    // copied for nothing costs more than the callback.
+    struct Deferred {
+        bool active = false;
+        int frame = 1;
+        unsigned clips = 0;  // input clips still to fill
+        bool output = false;  // output still to clear
+        Frame shown;          // the output before it was cleared
+        bool cleared = false;
+        std::optional<Error> failure;
+    };
+    Deferred deferred_;
     bool started_ = false;
     int current_frame_ = 1;
     ControlTable controls_;
