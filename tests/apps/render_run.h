@@ -34,8 +34,9 @@ protected:
 
     std::string path(const std::string &name) const { return (dir_ / name).string(); }
 
-    RunResult run(const std::vector<std::string> &arguments) const {
-        std::string command = "FIZZLE_NO_PAUSE=1 " + quoted(FIZZLE_RENDER_PATH);
+    // environment: assignments put before the command, e.g. "A=1 B=2".
+    RunResult run(const std::vector<std::string> &arguments, const std::string &environment = "") const {
+        std::string command = environment + " FIZZLE_NO_PAUSE=1 " + quoted(FIZZLE_RENDER_PATH);
         for (const std::string &argument : arguments) command += " " + quoted(argument);
         const std::string out = (dir_ / "..stdout").string(), err = (dir_ / "..stderr").string();
         command += " >" + quoted(out) + " 2>" + quoted(err) + " </dev/null";
@@ -54,9 +55,10 @@ protected:
     }
 
     // Fails with one line on stderr naming every needle, and writes nothing.
-    void expect_refused(const std::vector<std::string> &arguments, const std::vector<std::string> &needles) {
+    void expect_refused(const std::vector<std::string> &arguments, const std::vector<std::string> &needles,
+                        const std::string &environment = "") {
         const int before = files();
-        const RunResult result = run(arguments);
+        const RunResult result = run(arguments, environment);
         EXPECT_NE(result.exit_code, 0);
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
         for (const std::string &needle : needles)
