@@ -45,13 +45,23 @@ template <class Shader>
 void paint(Frame &frame, const FrameFormat &format, Shader shade) {
     frame.reshape(format);
     const bool deep = format.depth == Depth::Bits12;
+    const std::size_t pixel = deep ? 6 : 3;
     for (int y = 0; y < format.height; ++y) {
         // v runs from 0 at the bottom row to 1 at the top.
         double v = (y + 0.5) / format.height;
         uint8_t *out = frame.row(y);
+        Colour last{};
         for (int x = 0; x < format.width; ++x) {
             double u = (x + 0.5) / format.width;
             Colour c = shade(x, y, u, v);
+            // The mattes are mostly runs of one colour: the pixel just
+            // written is copied rather than rounded again.
+            if (x > 0 && c.r == last.r && c.g == last.g && c.b == last.b) {
+                std::memcpy(out, out - pixel, pixel);
+                out += pixel;
+                continue;
+            }
+            last = c;
             for (double channel : {c.r, c.g, c.b}) {
                 int value = quantize16(to16(channel), format.depth);
                 if (deep) {
@@ -150,6 +160,10 @@ void scene(int number, const FrameFormat &format, Frame &into) {
     }
 }
 
+// The still pictures are drawn when a render starts, so they take short cuts
+// that give the very same bytes: values that depend only on the row or only
+// on the column are computed once for it, and far from the disc is black.
+
 Frame birth_matte(const FrameFormat &format) {
     return paint(format, [&](int, int y, double, double) {
         double white = y * 10 < format.height ? 1.0 : 0.0;
@@ -161,8 +175,16 @@ Frame burst_matte(const FrameFormat &format) {
     double cx = format.width / 2.0;
     double cy = format.height * 2.0 / 3.0;
     double radius = std::min(format.width, format.height) / 6.0;
+    // A pixel whose row or column alone lies a radius away or more is black:
+    // its distance is at least that far, so the smoothstep is exactly 1.
+    std::vector<char> far_column(std::size_t(format.width));
+    for (int x = 0; x < format.width; ++x) {
+        double dx = x + 0.5 - cx;
+        far_column[std::size_t(x)] = std::sqrt(dx * dx) >= radius;
+    }
     return paint(format, [&](int x, int y, double, double) {
         double dx = x + 0.5 - cx, dy = y + 0.5 - cy;
+        if (far_column[std::size_t(x)] || std::sqrt(dy * dy) >= radius) return Colour{0.0, 0.0, 0.0};
         double d = std::sqrt(dx * dx + dy * dy);
         double white = 1.0 - smoothstep(0.5 * radius, radius, d);
         return Colour{white, white, white};
@@ -172,11 +194,21 @@ Frame burst_matte(const FrameFormat &format) {
 // A rainbow across the picture, brighter towards the top, with a bright
 // window band near the top as a reflection would show.
 Frame reflection(const FrameFormat &format) {
-    return paint(format, [&](int, int, double u, double v) {
-        double light = 0.3 + 0.6 * v;
-        double window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
-        Colour c{triangle(u * 1.5) * light, triangle(u * 1.5 + 1.0 / 3.0) * light,
-                 triangle(u * 1.5 + 2.0 / 3.0) * light};
+    std::vector<Colour> rainbow(std::size_t(format.width));
+    for (int x = 0; x < format.width; ++x) {
+        double u = (x + 0.5) / format.width;
+        rainbow[std::size_t(x)] = {triangle(u * 1.5), triangle(u * 1.5 + 1.0 / 3.0), triangle(u * 1.5 + 2.0 / 3.0)};
+    }
+    int row = -1;
+    double light = 0.0, window = 0.0;
+    return paint(format, [&](int x, int y, double, double v) {
+        if (y != row) {
+            row = y;
+            light = 0.3 + 0.6 * v;
+            window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
+        }
+        const Colour &band = rainbow[std::size_t(x)];
+        Colour c{band.r * light, band.g * light, band.b * light};
         return Colour{c.r + 0.6 * window, c.g + 0.6 * window, c.b + 0.6 * window};
     });
 }

@@ -20,6 +20,14 @@ TEST(DefaultClips, PicturesAreTheSameBytesEveryRun) {
         {kScene, 2, small8, 7163179135960982060ull},       {kScene, 1, small12, 6839729674711373577ull},
         {kBirth, 1, small8, 7269332297702123109ull},       {kBurst, 1, small12, 7562997308327233221ull},
         {kReflection, 1, small8, 12925030606290499473ull},
+        // Odd sizes, either depth: the still pictures' short cuts (per row,
+        // per column, black far from the disc) must not show.
+        {kBurst, 1, {333, 101, Depth::Bits8}, 12700446956232943310ull},
+        {kBurst, 1, {41, 250, Depth::Bits12}, 6654435619312497017ull},
+        {kReflection, 1, {333, 101, Depth::Bits12}, 13999820477852612071ull},
+        {kReflection, 1, {7, 3, Depth::Bits8}, 10419918354936577053ull},
+        {kBirth, 1, {333, 101, Depth::Bits12}, 13494580463147487552ull},
+        {kBirth, 1, {5, 9, Depth::Bits8}, 288825597995668520ull},
     };
     for (const auto &c : cases) {
         const Frame frame = default_frame(c.clip, c.frame, c.format);
