@@ -154,7 +154,7 @@ int render(const RenderOptions &options) {
         if (int signal = stop_signal()) {
             progress.clear_line();
             report_stop(signal, options, frame - 1);
-            host.uninitialise(std::max(options.first_frame, frame - 1));  // the plug-in frees its buffers
+            host.uninitialise(std::max(options.first_frame, frame - 1));  // as a finished render does
             return stopped_exit_code(signal);
         }
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
