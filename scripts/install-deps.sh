@@ -1,6 +1,8 @@
 #!/bin/sh
 # Installs the Debian packages Fizzle builds with, only those missing.
 set -e
+# g++ brings gcc's sanitizer runtimes (libasan, libubsan, liblsan, libtsan)
+# as hard dependencies, so `make sanitize` needs no package of its own.
 PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
 libgtest-dev libgmock-dev libbenchmark-dev \
 slurm-wlm munge libcpp-httplib-dev chromium"
