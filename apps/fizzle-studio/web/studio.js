@@ -11,6 +11,7 @@ const view = {
   frame: 1, first: 1, last: 100, keys: {},
   controls: new Map(), // number -> { info, element, inputs }
   playing: false, question: null,
+  edits: 0, editedAt: new Map(), // number -> the count of user changes when it was last changed
 };
 
 // --- calls ---------------------------------------------------------------
@@ -316,6 +317,7 @@ function setUpPen() {
 function sender(number) {
   let pending = null, busy = false;
   return async function send(value) {
+    view.editedAt.set(number, ++view.edits);
     pending = value;
     if (busy) return;
     busy = true;
@@ -416,9 +418,14 @@ function makeControl(info) {
   return { info, element: box, inputs };
 }
 
-function showValue(entry, info) {
-  entry.info = info;
+function showValue(entry, info, staleValue = false) {
   const { inputs } = entry;
+  // Hidden controls leave their slot empty, as in the host; disabled ones stay, greyed.
+  entry.element.hidden = !!info.hidden;
+  entry.element.classList.toggle('disabled', !info.enabled);
+  for (const input of Object.values(inputs)) input.disabled = !info.enabled;
+  if (staleValue) return;
+  entry.info = info;
   const focused = document.activeElement;
   const skip = (input) => input === focused && input.type !== 'checkbox' && input.tagName !== 'SELECT';
   if (inputs.slider) {
@@ -429,10 +436,6 @@ function showValue(entry, info) {
   if (inputs.select && !skip(inputs.select)) inputs.select.value = String(info.value);
   if (inputs.colour && !skip(inputs.colour)) inputs.colour.value = info.value.toLowerCase();
   if (inputs.text && !skip(inputs.text)) inputs.text.value = info.value;
-  // Hidden controls leave their slot empty, as in the host; disabled ones stay, greyed.
-  entry.element.hidden = !!info.hidden;
-  entry.element.classList.toggle('disabled', !info.enabled);
-  for (const input of Object.values(inputs)) input.disabled = !info.enabled;
 }
 
 async function pressButton(info) {
@@ -510,6 +513,9 @@ function selectTab(page) {
 }
 
 async function loadControls() {
+  // A listing asked for before the user's latest change of a control shows
+  // its old value: putting that back would undo what the user just did.
+  const asked = view.edits;
   const answer = await call('/api/controls').catch(() => null);
   if (!answer) return;
   if (view.controls.size !== answer.controls.length) {
@@ -518,7 +524,7 @@ async function loadControls() {
   }
   for (const info of answer.controls) {
     const entry = view.controls.get(info.number);
-    if (entry) showValue(entry, info);
+    if (entry) showValue(entry, info, (view.editedAt.get(info.number) || 0) > asked);
   }
 }
 
