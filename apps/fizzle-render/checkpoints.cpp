@@ -9,15 +9,21 @@
 //    40  state
 #include "checkpoints.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "sparkhost/error.h"
+#include "sparkhost/host.h"
+#include "sparkhost/setup_file.h"
 
 namespace fs = std::filesystem;
 
@@ -153,4 +159,38 @@ bool CheckpointStore::save(int frame, uint64_t key, const std::vector<uint8_t> &
         return false;
     }
     return true;
+}
+
+uint64_t add_file(uint64_t hash, const std::string &path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) return fnv1a(path.data(), path.size(), hash) ^ 1;
+    const int64_t fields[3] = {int64_t(info.st_size), int64_t(info.st_mtim.tv_sec), int64_t(info.st_mtim.tv_nsec)};
+    return fnv1a(fields, sizeof fields, fnv1a(path.data(), path.size(), hash));
+}
+
+uint64_t add_text(uint64_t hash, const std::string &text) {
+    const uint64_t size = text.size();
+    return fnv1a(text.data(), text.size(), fnv1a(&size, sizeof size, hash));
+}
+
+std::string file_bytes(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+std::string setup_text(sparkhost::Host &host) {
+    std::string pattern = (fs::temp_directory_path() / "fizzle-key-XXXXXX").string();
+    const int fd = mkstemp(pattern.data());
+    if (fd < 0) throw sparkhost::Error(std::string("cannot make a temporary file for the shot's key: ") + std::strerror(errno));
+    close(fd);
+    std::string text;
+    try {
+        sparkhost::save_setup(pattern, host.controls());
+        text = file_bytes(pattern);
+    } catch (...) {
+        fs::remove(pattern);
+        throw;
+    }
+    fs::remove(pattern);
+    return text;
 }

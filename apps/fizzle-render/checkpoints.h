@@ -9,6 +9,10 @@
 #include <string>
 #include <vector>
 
+namespace sparkhost {
+class Host;
+}
+
 struct Checkpoint {
     int frame = 0;  // the state is the one after this frame
     std::vector<uint8_t> state;
@@ -41,3 +45,14 @@ private:
 
 // 64-bit FNV-1a, the hash of the keys and the checksum of the files.
 uint64_t fnv1a(const void *data, size_t size, uint64_t hash = 0xcbf29ce484222325ull);
+
+// Pieces of a shot's key, shared by every program that keeps checkpoints.
+// The text with its length, so that two texts cannot run into each other.
+uint64_t add_text(uint64_t hash, const std::string &text);
+// A file by its size and modification time: a changed input makes a
+// different key without reading every picture.
+uint64_t add_file(uint64_t hash, const std::string &path);
+// A whole file's bytes (empty when it cannot be read).
+std::string file_bytes(const std::string &path);
+// The setup in force as a setup file would hold it: values and curves.
+std::string setup_text(sparkhost::Host &host);

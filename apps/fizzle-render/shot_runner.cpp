@@ -42,46 +42,6 @@ void check_shot_options(const RenderOptions &options) {
         throw Error("--simulate-only needs --cache DIR to fill");
 }
 
-namespace {
-
-// Adds a file's size and modification time: a changed input makes a
-// different key without reading every picture.
-uint64_t add_file(uint64_t hash, const std::string &path) {
-    struct stat info {};
-    if (stat(path.c_str(), &info) != 0) return fnv1a(path.data(), path.size(), hash) ^ 1;
-    const int64_t fields[3] = {int64_t(info.st_size), int64_t(info.st_mtim.tv_sec), int64_t(info.st_mtim.tv_nsec)};
-    return fnv1a(fields, sizeof fields, fnv1a(path.data(), path.size(), hash));
-}
-
-uint64_t add_text(uint64_t hash, const std::string &text) {
-    const uint64_t size = text.size();
-    return fnv1a(text.data(), text.size(), fnv1a(&size, sizeof size, hash));
-}
-
-std::string file_bytes(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
-// The setup in force as the setup file would hold it: values and curves.
-std::string setup_text(sparkhost::Host &host) {
-    std::string pattern = (fs::temp_directory_path() / "fizzle-key-XXXXXX").string();
-    const int fd = mkstemp(pattern.data());
-    if (fd < 0) throw Error(std::string("cannot make a temporary file for the shot's key: ") + std::strerror(errno));
-    close(fd);
-    std::string text;
-    try {
-        sparkhost::save_setup(pattern, host.controls());
-        text = file_bytes(pattern);
-    } catch (...) {
-        fs::remove(pattern);
-        throw;
-    }
-    fs::remove(pattern);
-    return text;
-}
-
-}  // namespace
 
 ShotRunner::ShotRunner(sparkhost::Host &host, const RenderOptions &options,
                        std::function<void(const std::string &)> notes)

@@ -16,31 +16,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-uint64_t add_text(uint64_t hash, const std::string &text) {
-    const uint64_t size = text.size();
-    return fnv1a(text.data(), text.size(), fnv1a(&size, sizeof size, hash));
-}
-
-std::string file_bytes(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
-// The setup in force as a setup file holds it: values and curves.
-std::string setup_text(sparkhost::Host &host) {
-    std::string pattern = (fs::temp_directory_path() / "fizzle-studio-key-XXXXXX").string();
-    const int fd = mkstemp(pattern.data());
-    if (fd < 0) return {};
-    close(fd);
-    std::string text;
+// The setup's text, or none when it cannot be written out: the studio then
+// only loses the use of older checkpoints.
+std::string setup_text_or_none(sparkhost::Host &host) {
     try {
-        sparkhost::save_setup(pattern, host.controls());
-        text = file_bytes(pattern);
+        return setup_text(host);
     } catch (...) {
+        return {};
     }
-    std::error_code ignored;
-    fs::remove(pattern, ignored);
-    return text;
 }
 
 }  // namespace
@@ -65,7 +48,7 @@ void DiskStates::forget_key() { store_.reset(); }
 
 CheckpointStore &DiskStates::store(int first, int last, bool preroll) {
     if (store_) return *store_;
-    uint64_t key = add_text(plugin_hash_, setup_text(host_));
+    uint64_t key = add_text(plugin_hash_, setup_text_or_none(host_));
     const sparkhost::FrameFormat &format = options_.format;
     const double numbers[8] = {double(format.width), double(format.height),
                                format.depth == sparkhost::Depth::Bits12 ? 12.0 : 8.0, options_.pixel_aspect,
@@ -87,14 +70,7 @@ uint64_t DiskStates::key_at(int frame) {
         for (const std::string &input : options_.inputs) {
             if (input.empty()) continue;
             const std::string path = sparkhost::FramePattern(fs::absolute(input).string()).path(next);
-            struct stat info {};
-            if (stat(path.c_str(), &info) != 0) {
-                hash = fnv1a(path.data(), path.size(), hash) ^ 1;
-                continue;
-            }
-            const int64_t fields[3] = {int64_t(info.st_size), int64_t(info.st_mtim.tv_sec),
-                                       int64_t(info.st_mtim.tv_nsec)};
-            hash = fnv1a(fields, sizeof fields, fnv1a(path.data(), path.size(), hash));
+            hash = add_file(hash, path);
         }
         chain_.push_back(fnv1a(&hash, sizeof hash, chain_.back()));
     }
