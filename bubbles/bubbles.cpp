@@ -1,8 +1,6 @@
 // Construction and destruction of the bubble effect.
 #include "bubbles/bubbles.h"
 
-#include "framework/random.h"
-
 // The seeds are fixed so that every instance starts from the same tables.
 Bubbles::Bubbles() {
     gradientTabInit(-665);
@@ -18,6 +16,4 @@ Bubbles::Bubbles() {
 
 Bubbles::~Bubbles() { part_set_destroy(partSet); }
 
-void Bubbles::fill_random_table(long *seed) {
-    ran1fQvFill(seed, randomTable, kRandomTableSize);
-}
+void Bubbles::fill_random_table(long *seed) { randomTable.Refill(seed); }

@@ -16,6 +16,7 @@
 #include "framework/image.h"
 #include "framework/overlay.h"
 #include "framework/plugin.h"
+#include "framework/random_table.h"
 
 // Which switches show a control (the "shown" column of the control table).
 enum class VisibilityGroup {
@@ -93,11 +94,11 @@ public:
     // Particle engine: tables, frame inputs and the operations of the
     // simulation, the sprites and the renderer.
     // ------------------------------------------------------------------
-    static constexpr int32_t kRandomTableSize = 262144;
+    static constexpr int32_t kRandomTableSize = RandomTableQv::kSize;
     static constexpr int32_t kUnitVectorCount = 256;
 
     float unitVectors[kUnitVectorCount][3];  // gradient table of the noise
-    float randomTable[kRandomTableSize];     // this frame's uniform numbers in [0, 1)
+    RandomTableQv randomTable;               // this frame's uniform numbers in [0, 1)
     tagPARTSET *partSet = nullptr;
 
     // Inputs of one step, written before part_set_execute and only read
@@ -114,7 +115,8 @@ public:
     ImageQv *reflection_image = nullptr;
     ImageQv *output_image = nullptr;
 
-    // Refills randomTable with successive ran1fQv draws from *seed.
+    // Refills randomTable with successive ran1fQv draws from *seed (made as
+    // they are read), leaving *seed as after all of them.
     void fill_random_table(long *seed);
 
     // Sprites.

@@ -9,10 +9,10 @@ namespace {
 
 constexpr int32_t kCounterWrap = 1000000000;
 
-float table_draw(const float *table, int32_t &counter) {
+float table_draw(const RandomTableQv &table, int32_t &counter) {
     ++counter;
     if (counter > kCounterWrap) counter = 0;
-    return table[counter & (Bubbles::kRandomTableSize - 1)];
+    return table.Entry(counter & (Bubbles::kRandomTableSize - 1));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "framework/minimal_standard.h"
+
 int randQv(long &seed) {
     const uint32_t next = uint32_t(seed) * 214013u + 2531011u;
     seed = long(int32_t(next));
@@ -13,43 +15,8 @@ int randQv(long &seed) {
 
 namespace {
 
-// Minimal standard generator with a 32-entry shuffle table.
-class ShuffledMinimalStandard {
-public:
-    long Next(long *seed) {
-        if (*seed <= 0 || output_ == 0) {
-            *seed = -*seed < 1 ? 1 : -*seed;
-            for (int j = kTableSize + 7; j >= 0; --j) {
-                Step(seed);
-                if (j < kTableSize) table_[j] = *seed;
-            }
-            output_ = table_[0];
-        }
-        Step(seed);
-        const long j = output_ / kDivisor;
-        output_ = table_[j];
-        table_[j] = *seed;
-        return output_;
-    }
-
-private:
-    static constexpr long kMultiplier = 16807;
-    static constexpr long kModulus = 2147483647;
-    static constexpr long kQuotient = 127773;  // modulus / multiplier
-    static constexpr long kRemainder = 2836;   // modulus % multiplier
-    static constexpr int kTableSize = 32;
-    static constexpr long kDivisor = 1 + (kModulus - 1) / kTableSize;
-
-    // Schrage's decomposition keeps 16807 * seed from overflowing 32 bits.
-    static void Step(long *seed) {
-        const long k = *seed / kQuotient;
-        *seed = kMultiplier * (*seed - k * kQuotient) - kRemainder * k;
-        if (*seed < 0) *seed += kModulus;
-    }
-
-    long output_ = 0;
-    long table_[kTableSize] = {};
-};
+using random_detail::ShuffledMinimalStandard;
+using random_detail::UnitFloat;
 
 // Separate states: drawing floats must not disturb the integer stream.
 ShuffledMinimalStandard integer_stream;
@@ -59,21 +26,12 @@ ShuffledMinimalStandard float_stream;
 
 long ran1Qv(long *seed) { return integer_stream.Next(seed); }
 
-namespace {
-
-float unit_float(long draw) {
-    const float value = float(draw) * 4.656612873e-10f;
-    return value > 0.99999988f ? 0.99999988f : value;
-}
-
-}  // namespace
-
-float ran1fQv(long *seed) { return unit_float(float_stream.Next(seed)); }
+float ran1fQv(long *seed) { return UnitFloat(float_stream.Next(seed)); }
 
 void ran1fQvFill(long *seed, float *out, long count) {
     ShuffledMinimalStandard stream = float_stream;
     long local_seed = *seed;
-    for (long i = 0; i < count; ++i) out[i] = unit_float(stream.Next(&local_seed));
+    for (long i = 0; i < count; ++i) out[i] = UnitFloat(stream.Next(&local_seed));
     *seed = local_seed;
     float_stream = stream;
 }

@@ -36,7 +36,8 @@ struct FrameRig {
         return std::vector<uint8_t>(first, first + size_t(output->width) * output->height * sizeof(PixelQv));
     }
     std::vector<float> table() const {
-        return std::vector<float>(engine->randomTable, engine->randomTable + Bubbles::kRandomTableSize);
+        const float *table = engine->randomTable.Whole();
+        return std::vector<float>(table, table + Bubbles::kRandomTableSize);
     }
 
     std::unique_ptr<Bubbles> engine;

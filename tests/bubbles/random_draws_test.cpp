@@ -10,8 +10,8 @@
 TEST(RandomDraws, CounterWrapsAfterOneBillionAndUnitDrawStaysBelowOne) {
     auto engine = std::make_unique<Bubbles>();
     // Entry i holds i / size, so a draw tells which entry it read.
-    for (int32_t i = 0; i < Bubbles::kRandomTableSize; ++i)
-        engine->randomTable[i] = float(i) / float(Bubbles::kRandomTableSize);
+    float *table = engine->randomTable.Whole();
+    for (int32_t i = 0; i < Bubbles::kRandomTableSize; ++i) table[i] = float(i) / float(Bubbles::kRandomTableSize);
     auto entry_read = [&](int32_t &counter) {
         return int32_t(engine->get_safe_random(counter) * Bubbles::kRandomTableSize + 0.5f);
     };
@@ -22,7 +22,7 @@ TEST(RandomDraws, CounterWrapsAfterOneBillionAndUnitDrawStaysBelowOne) {
     EXPECT_EQ(entry_read(counter), 0);  // the counter itself wraps
     EXPECT_EQ(counter, 0);
     // The unit draw stops just below one.
-    engine->randomTable[1] = 0.9999995f;
+    table[1] = 0.9999995f;
     EXPECT_EQ(engine->part_rand_01(counter), 0.999999f);
 }
 
