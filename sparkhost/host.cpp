@@ -256,10 +256,24 @@ void Host::fill_input(int clip, int frame) {
 
 void Host::prepare_output() {
     const FrameFormat &format = settings_.format;
-    if (output_.format() != format)
+    if (output_.format() != format) {
         output_ = Frame(format);
-    else
-        std::fill(output_.bytes().begin(), output_.bytes().end(), 0);
+        return;
+    }
+    // Cleared so that a plug-in that leaves pixels unwritten shows black,
+    // not the last frame; each processor clears its share of the rows.
+    uint8_t *bytes = output_.bytes().data();
+    const std::size_t size = output_.bytes().size();
+    const int workers = pool_.size();
+    if (workers == 1) {
+        std::memset(bytes, 0, size);
+        return;
+    }
+    pool_.run([&](int worker) {
+        const std::size_t begin = size * std::size_t(worker) / std::size_t(workers);
+        const std::size_t end = size * std::size_t(worker + 1) / std::size_t(workers);
+        std::memset(bytes + begin, 0, end - begin);
+    });
 }
 
 // Fills a buffer the plug-in asks for during a control callback, as
