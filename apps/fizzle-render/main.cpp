@@ -8,6 +8,7 @@
 #include "render.h"
 #include "stop_request.h"
 #include "sparkhost/error.h"
+#include "sparkhost/memory_policy.h"
 
 int main(int argc, char **argv) {
     CLI::App app;
@@ -28,6 +29,7 @@ int main(int argc, char **argv) {
         return 2;
     }
     install_stop_handlers("fizzle-render");
+    sparkhost::keep_freed_memory();
     try {
         return render(options);
     } catch (const sparkhost::Error &error) {

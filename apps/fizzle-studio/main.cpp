@@ -12,6 +12,7 @@
 #include "server.h"
 #include "session.h"
 #include "sparkhost/error.h"
+#include "sparkhost/memory_policy.h"
 #include "studio_options.h"
 
 namespace {
@@ -49,6 +50,7 @@ int main(int argc, char **argv) {
     for (int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&stops, signal);
     pthread_sigmask(SIG_BLOCK, &stops, nullptr);
     signal(SIGPIPE, SIG_IGN);
+    sparkhost::keep_freed_memory();
 
     try {
         std::error_code error;
