@@ -35,11 +35,12 @@ std::array<Sample, Levels> level_table(OIIO::TypeDesc type) {
     return table;
 }
 
+// File rows top .. top + count - 1; the frame is bottom row first.
 template <class Sample, class Level>
-void through_table(const Frame &frame, const Sample *table, Level level, Sample *out) {
+void through_table(const Frame &frame, const Sample *table, Level level, int top, int count, Sample *out) {
     const int height = frame.height();
     const std::size_t row_samples = std::size_t(frame.width()) * 3;
-    for (int file_row = 0; file_row < height; ++file_row) {
+    for (int file_row = top; file_row < top + count; ++file_row) {
         const uint8_t *row = frame.row(height - 1 - file_row);
         for (std::size_t i = 0; i < row_samples; ++i) out[i] = table[level(row, i)];
         out += row_samples;
@@ -56,31 +57,35 @@ uint16_t level12(const uint8_t *row, std::size_t i) {
 
 }  // namespace
 
-FileSamples FilePixels::convert(const Frame &frame, bool float_file) {
+bool FilePixels::passes_through(const Frame &frame, bool float_file) {
+    return !float_file && frame.format().depth == Depth::Bits8;
+}
+
+FileSamples FilePixels::convert(const Frame &frame, bool float_file, int top, int count) {
     const FrameFormat &format = frame.format();
     const std::size_t row_samples = std::size_t(format.width) * 3;
     const bool deep = format.depth == Depth::Bits12;
     FileSamples samples;
-    if (!float_file && !deep) {
-        // Frames are bottom row first: the last row read upwards is the file.
+    if (passes_through(frame, float_file)) {
+        // Frames are bottom row first: the file's rows run upwards in memory.
         samples.type = OIIO::TypeDesc::UINT8;
-        samples.rows = frame.row(format.height - 1);
+        samples.rows = frame.row(format.height - 1 - top);
         samples.stride = -std::ptrdiff_t(row_samples);
         return samples;
     }
     samples.type = float_file ? (deep ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF) : OIIO::TypeDesc::UINT16;
     samples.stride = std::ptrdiff_t(row_samples * samples.type.size());
-    buffer_.resize(row_samples * format.height * samples.type.size());
+    buffer_.resize(row_samples * std::size_t(count) * samples.type.size());
     samples.rows = buffer_.data();
     if (!deep) {
         static const auto table = level_table<uint16_t, 256>(OIIO::TypeDesc::HALF);
-        through_table(frame, table.data(), level8, reinterpret_cast<uint16_t *>(buffer_.data()));
+        through_table(frame, table.data(), level8, top, count, reinterpret_cast<uint16_t *>(buffer_.data()));
     } else if (float_file) {
         static const auto table = level_table<float, 4096>(OIIO::TypeDesc::FLOAT);
-        through_table(frame, table.data(), level12, reinterpret_cast<float *>(buffer_.data()));
+        through_table(frame, table.data(), level12, top, count, reinterpret_cast<float *>(buffer_.data()));
     } else {
         static const auto table = level_table<uint16_t, 4096>(OIIO::TypeDesc::UINT16);
-        through_table(frame, table.data(), level12, reinterpret_cast<uint16_t *>(buffer_.data()));
+        through_table(frame, table.data(), level12, top, count, reinterpret_cast<uint16_t *>(buffer_.data()));
     }
     return samples;
 }

@@ -23,15 +23,20 @@ struct FileSamples {
     std::ptrdiff_t stride = 0;
 };
 
-// Converts frames into the file's layout, keeping its buffer from frame to
-// frame so a long render does not fault in fresh pages for every file.
+// Converts frames into the file's layout a band of rows at a time, keeping
+// its small buffer from band to band and frame to frame, so that writing
+// needs neither a second frame-sized buffer nor fresh pages for every file.
 class FilePixels {
 public:
+    // Whether the file's samples are the frame's own bytes: 8-bit frames
+    // bound for 8-bit files, which go to the writer whole and untouched.
+    static bool passes_through(const Frame &frame, bool float_file);
+
     // The samples an integer file (8 or 16 bits) or a float file (half
     // floats for 8-bit frames, full floats for 12-bit ones, since half floats
-    // cannot hold 12 bits exactly) stores for the frame. 8-bit frames bound
-    // for 8-bit files are passed through untouched. Valid until the next call.
-    FileSamples convert(const Frame &frame, bool float_file);
+    // cannot hold 12 bits exactly) stores for `count` file rows from `top`
+    // (row 0 is the top of the picture). Valid until the next call.
+    FileSamples convert(const Frame &frame, bool float_file, int top, int count);
 
 private:
     std::vector<unsigned char> buffer_;

@@ -19,6 +19,9 @@ namespace sparkhost {
 
 namespace {
 
+// Rows converted and handed to the writer at a time.
+constexpr int kRowsAtOnce = 64;
+
 std::string quoted(const std::string &path) { return "'" + path + "'"; }
 
 std::string oiio_problem(const std::string &text) {
@@ -124,17 +127,29 @@ void write_image(AtomicFile &file, const Frame &frame, const std::string &compre
         throw Error("cannot write " + quoted(path) + ": no image format for its extension");
     const FrameFormat &format = frame.format();
     std::string extension = extension_of(path);
-    // Each writer thread keeps its conversion buffer from file to file.
-    thread_local FilePixels pixels;
-    const FileSamples samples = pixels.convert(frame, extension == ".exr");
-    OIIO::ImageSpec spec(format.width, format.height, 3, samples.type);
+    const bool float_file = extension == ".exr";
+    OIIO::ImageSpec spec(format.width, format.height, 3,
+                         FilePixels::passes_through(frame, float_file) ? OIIO::TypeDesc::UINT8
+                         : float_file ? (format.depth == Depth::Bits12 ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF)
+                                      : OIIO::TypeDesc::UINT16);
     apply_compression(extension, compression, spec);
     // A fixed stamp instead of the wall clock, so the same frame gives the same
     // bytes whenever and wherever it is rendered.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
-    bool ok = output->write_image(samples.type, samples.rows, OIIO::AutoStride, samples.stride);
+    // Converted samples go a band of rows at a time, through a buffer each
+    // writer thread keeps; bands are whole TIFF strips and EXR blocks (32
+    // rows), so the writers compress exactly as for a whole picture.
+    thread_local FilePixels pixels;
+    const int band = FilePixels::passes_through(frame, float_file) ? format.height : kRowsAtOnce;
+    bool ok = true;
+    for (int top = 0; ok && top < format.height; top += band) {
+        const int count = std::min(band, format.height - top);
+        const FileSamples samples = pixels.convert(frame, float_file, top, count);
+        ok = output->write_scanlines(top, top + count, 0, samples.type, samples.rows, OIIO::AutoStride,
+                                     samples.stride);
+    }
     if (!ok || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
 }
