@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 // Blocks of pixels are gcc vector types, and the helpers take and return
@@ -19,7 +20,7 @@ namespace {
 
 // The widest block drawn: the per-column and per-row arrays are padded to
 // a multiple of it.
-constexpr int kWidestBlock = 8;
+constexpr int kWidestBlock = 16;
 
 // The width rounded up to whole blocks of the widest.
 std::size_t padded_width(int width) { return std::size_t(width + kWidestBlock - 1) / kWidestBlock * kWidestBlock; }
@@ -81,6 +82,12 @@ template <class Vector, class T>
     return block;
 }
 
+// Lanes First, First + 1... of v, as many as I... counts.
+template <int First, class Vector, std::size_t... I>
+[[gnu::always_inline]] inline auto lanes(const Vector &v, std::index_sequence<I...>) {
+    return __builtin_shufflevector(v, v, (First + int(I))...);
+}
+
 // Stores a vector into an array padded to whole blocks.
 template <class Vector, class T>
 [[gnu::always_inline]] inline void store(T *values, const Vector &block) {
@@ -130,8 +137,8 @@ struct Colours {
         if constexpr (N == 2) {
             return (set[0] | set[1]) != 0;
         } else {
-            static_assert(N == 4, "blocks are of 2 or 4 doubles");
-            return Colours<2>::any(__builtin_shufflevector(set, set, 0, 1) | __builtin_shufflevector(set, set, 2, 3));
+            constexpr auto half = std::make_index_sequence<N / 2>();
+            return Colours<N / 2>::any(lanes<0>(set, half) | lanes<N / 2>(set, half));
         }
     }
 
@@ -206,16 +213,10 @@ struct Pixels {
         return (word * top + 32767u) / 65535u;
     }
 
-    // The lanes of the first (high = false) or second half of a and b taken
-    // in turn: a b a b...
-    [[gnu::always_inline]] static Words interleave(const Words &a, const Words &b, bool high) {
-        if constexpr (M == 4) {
-            return high ? __builtin_shufflevector(a, b, 2, 6, 3, 7) : __builtin_shufflevector(a, b, 0, 4, 1, 5);
-        } else {
-            static_assert(M == 8, "pixels are written 4 or 8 at a time");
-            return high ? __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15)
-                        : __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
-        }
+    // Lanes First to First + M / 2 of a and b taken in turn: a b a b...
+    template <int First, std::size_t... I>
+    [[gnu::always_inline]] static Words interleave(const Words &a, const Words &b, std::index_sequence<I...>) {
+        return __builtin_shufflevector(a, b, (First + int(I) / 2 + int(I) % 2 * M)...);
     }
 
     // Writes 64-bit words 6 bytes apart: each runs 2 bytes over, which the
@@ -230,8 +231,9 @@ struct Pixels {
         if (deep) {
             // A pixel's three words in a 64-bit lane: red, green, then blue.
             const Words red_green = r << 4 | g << 20, blue = b << 4;
-            put_sixes(out, Longs(interleave(red_green, blue, false)));
-            put_sixes(out + 3 * M, Longs(interleave(red_green, blue, true)));
+            constexpr auto all = std::make_index_sequence<M>();
+            put_sixes(out, Longs(interleave<0>(red_green, blue, all)));
+            put_sixes(out + 3 * M, Longs(interleave<M / 2>(red_green, blue, all)));
         } else {
             // Two pixels' three bytes in each 64-bit lane.
             const Longs pairs = Longs(r | g << 8 | b << 16);
@@ -294,15 +296,29 @@ __attribute__((target("avx2"))) void scene_row_avx2(const SceneColumns &columns,
     Colours<4>::row(columns, row, width, scratch);
     Pixels<8>::row(scratch, width, deep, out);
 }
+
+// Eight doubles a block, for processors with AVX-512.
+__attribute__((target("avx512f"))) void scene_row_avx512(const SceneColumns &columns, const SceneRow &row, int width,
+                                                         bool deep, RowScratch &scratch, uint8_t *out) {
+    Colours<8>::row(columns, row, width, scratch);
+    Pixels<16>::row(scratch, width, deep, out);
+}
 #endif
 
-// The widest row function this processor runs.
-RowFunction *fastest_scene_row() {
+// The row function drawing with `vectors`.
+RowFunction *scene_row(SceneVectors vectors) {
 #if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) return scene_row_avx2;
+    if (vectors == SceneVectors::Avx512) return scene_row_avx512;
+    if (vectors == SceneVectors::Avx2) return scene_row_avx2;
 #endif
     return scene_row_baseline;
+}
+
+// The widest vectors this processor runs.
+SceneVectors widest_vectors() {
+    for (SceneVectors vectors : {SceneVectors::Avx512, SceneVectors::Avx2})
+        if (runs_here(vectors)) return vectors;
+    return SceneVectors::Baseline;
 }
 
 // Deep water: a blue-to-green gradient, a slow colour wave, drifting light
@@ -339,13 +355,24 @@ void draw_scene_with(RowFunction *row_function, int number, const FrameFormat &f
 
 }  // namespace
 
+bool runs_here(SceneVectors vectors) {
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    if (vectors == SceneVectors::Avx512) return __builtin_cpu_supports("avx512f");
+    if (vectors == SceneVectors::Avx2) return __builtin_cpu_supports("avx2");
+    return true;
+#else
+    return vectors == SceneVectors::Baseline;
+#endif
+}
+
 void draw_scene(int number, const FrameFormat &format, Frame &into) {
-    static RowFunction *const row_function = fastest_scene_row();
+    static RowFunction *const row_function = scene_row(widest_vectors());
     draw_scene_with(row_function, number, format, into);
 }
 
-void draw_scene_baseline(int number, const FrameFormat &format, Frame &into) {
-    draw_scene_with(scene_row_baseline, number, format, into);
+void draw_scene(int number, const FrameFormat &format, Frame &into, SceneVectors vectors) {
+    draw_scene_with(scene_row(vectors), number, format, into);
 }
 
 }  // namespace sparkhost

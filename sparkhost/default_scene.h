@@ -6,12 +6,19 @@
 
 namespace sparkhost {
 
-// Draws frame `number` of the scene into `into`, reshaped to `format`. The
-// same bytes on every machine, whichever vector instructions it has.
+// The vector instructions the scene can be drawn with: the baseline's (SSE2
+// on x86-64), AVX2 or AVX-512. All give the same bytes.
+enum class SceneVectors { Baseline, Avx2, Avx512 };
+
+// Whether this processor runs `vectors`.
+bool runs_here(SceneVectors vectors);
+
+// Draws frame `number` of the scene into `into`, reshaped to `format`, with
+// the widest vectors the processor runs.
 void draw_scene(int number, const FrameFormat &format, Frame &into);
 
-// The same drawn with SSE2 only, as a processor without AVX2 draws it, for
-// the tests to compare.
-void draw_scene_baseline(int number, const FrameFormat &format, Frame &into);
+// The same with the given vectors, which must run here: for the tests to
+// compare them.
+void draw_scene(int number, const FrameFormat &format, Frame &into, SceneVectors vectors);
 
 }  // namespace sparkhost
