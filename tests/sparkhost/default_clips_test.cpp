@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <string>
 
 #include "sparkhost/default_clips.h"
+#include "sparkhost/default_scene.h"
 #include "sparkhost/host.h"
 
 using namespace sparkhost;
@@ -28,11 +30,35 @@ TEST(DefaultClips, PicturesAreTheSameBytesEveryRun) {
         {kReflection, 1, {7, 3, Depth::Bits8}, 10419918354936577053ull},
         {kBirth, 1, {333, 101, Depth::Bits12}, 13494580463147487552ull},
         {kBirth, 1, {5, 9, Depth::Bits8}, 288825597995668520ull},
+        // The scene is drawn block by block across each row: widths that
+        // leave a partial block, the full size, and frame numbers up to the
+        // largest --frames takes, where (x + 3 * frame) wraps past 2^31.
+        {kScene, 1, {333, 101, Depth::Bits8}, 9253678721557132603ull},
+        {kScene, 37, {333, 101, Depth::Bits12}, 18028980263076979250ull},
+        {kScene, 2, {7, 3, Depth::Bits12}, 10507726193891031062ull},
+        {kScene, 1000, {7, 3, Depth::Bits8}, 6031924192232879793ull},
+        {kScene, 37, {1, 1, Depth::Bits8}, 1591259517546091409ull},
+        {kScene, 1000, {1, 1, Depth::Bits12}, 2542848435750345488ull},
+        {kScene, 1000, {1920, 1080, Depth::Bits8}, 140382439793514593ull},
+        {kScene, 2, {1920, 1080, Depth::Bits12}, 15521184666582317921ull},
+        {kScene, 999999999, {333, 101, Depth::Bits8}, 3447880398344469340ull},
+        {kScene, 999999999, {41, 250, Depth::Bits12}, 16826070016998459081ull},
     };
-    for (const auto &c : cases) {
-        const Frame frame = default_frame(c.clip, c.frame, c.format);
+    const auto hash_of = [](const Frame &frame) {
         uint64_t hash = 0xcbf29ce484222325ull;  // FNV-1a
         for (uint8_t byte : frame.bytes()) hash = (hash ^ byte) * 0x100000001b3ull;
-        EXPECT_EQ(hash, c.hash) << clip_name(c.clip) << " frame " << c.frame << " " << c.format.describe();
+        return hash;
+    };
+    for (const auto &c : cases) {
+        const std::string name = std::string(clip_name(c.clip)) + " frame " + std::to_string(c.frame) + " " +
+                                 c.format.describe();
+        EXPECT_EQ(hash_of(default_frame(c.clip, c.frame, c.format)), c.hash) << name;
+        // Other processors draw the scene with other vectors.
+        for (SceneVectors vectors : {SceneVectors::Baseline, SceneVectors::Avx2, SceneVectors::Avx512}) {
+            if (c.clip != kScene || !runs_here(vectors)) continue;
+            Frame frame;
+            draw_scene(c.frame, c.format, frame, vectors);
+            EXPECT_EQ(hash_of(frame), c.hash) << name << " with vectors " << int(vectors);
+        }
     }
 }
