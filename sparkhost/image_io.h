@@ -49,7 +49,8 @@ void write_image(const std::string &path, const Frame &frame, const std::string 
 void write_image(AtomicFile &file, const Frame &frame, const std::string &compression = "");
 
 // What a render writes to the path's format by default ("" for formats left
-// to their own default): Deflate TIFF and PNG at the fastest level, PIZ EXR.
+// to their own default): TIFF uncompressed, PIZ EXR, PNG at the fastest
+// Deflate level.
 std::string default_compression(const std::string &path);
 // Throws Error naming the choices unless the path's format knows the
 // compression (a name, or zip:LEVEL with LEVEL 0-9).

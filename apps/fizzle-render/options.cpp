@@ -62,7 +62,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     app.add_option("--compression", options.compression,
                    "Output compression, as the format names it: tif none|lzw|zip|packbits, exr "
                    "none|rle|zip|zips|piz|pxr24|b44|b44a|dwaa|dwab, png zip|none; zip:0-9 sets the "
-                   "Deflate level (default: tif zip:1, exr piz, png zip:1; other formats their own)");
+                   "Deflate level (default: tif none, exr piz, png zip:1; other formats their own)");
     add_overlay_options(app, options);
     add_shot_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");

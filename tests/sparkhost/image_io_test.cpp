@@ -149,3 +149,18 @@ TEST(ImageFiles, DeflateLevelsTakeEffectInEveryFormatThatHasThem) {
         }
     }
 }
+
+// What a render writes when no compression is asked for, as --help says:
+// uncompressed TIFF and PIZ EXR (PNG is always Deflate).
+TEST(ImageFiles, EachFormatHasTheCompressionItsHelpNames) {
+    TempDir dir;
+    const Frame frame = default_frame(kScene, 1, FrameFormat{64, 40, Depth::Bits8});
+    for (auto [extension, expected] : {std::pair{"tif", "none"}, {"exr", "piz"}}) {
+        const std::string path = dir.file(std::string("default.") + extension);
+        write_image(path, frame);
+        auto input = OIIO::ImageInput::open(path);
+        ASSERT_TRUE(input) << path;
+        EXPECT_EQ(std::string(input->spec().get_string_attribute("compression", "none")), std::string(expected))
+            << extension;
+    }
+}
