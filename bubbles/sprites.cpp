@@ -2,6 +2,7 @@
 // normals, and its copy squeezed to the output's pixel aspect.
 #include <cmath>
 #include <cstdlib>
+#include <vector>
 
 #include "bubbles/bubbles.h"
 
@@ -75,25 +76,61 @@ tagPARTLUMP *Bubbles::part_lump_create(float radius, float rim, float /*unused*/
     const int32_t N = size * s;
     const double c = 0.5 * (N - 1);
     const int32_t samples_per_pixel = s * s;
-    for (int32_t i = 0; i < N; ++i) {
-        const float dy = float(i - c);
-        int32_t *intensity_row = lump->intensity + size_t(i / s) * size;
-        float *nx_row = lump->normal_x + size_t(i / s) * size;
-        float *ny_row = lump->normal_y + size_t(i / s) * size;
-        for (int32_t j = 0; j < N; ++j) {
-            const float dx = float(j - c);
+
+    // Per sample row or column: its offset from the centre, its part of the
+    // normal and the pixel it falls in.
+    const size_t count = static_cast<size_t>(N);
+    std::vector<float> offset(count), normal(count);
+    std::vector<int32_t> pixel(count);
+    for (int32_t j = 0; j < N; ++j) {
+        offset[size_t(j)] = float(j - c);
+        normal[size_t(j)] = offset[size_t(j)] / Rs;
+        pixel[size_t(j)] = j / s;
+    }
+    // A sample's value depends on its distance from the centre alone, and the
+    // distance on |dx| and |dy| alone: samples mirrored about the centre have
+    // offsets of exactly opposite sign. So the value is worked out once for a
+    // quarter of the samples, with the very same arithmetic, and looked up.
+    const int32_t folded = (N + 1) / 2;
+    const auto fold = [N](int32_t index) { return index < N - 1 - index ? index : N - 1 - index; };
+    struct Sample {
+        int32_t contribution;
+        uint8_t counts;  // within the disc's outer radius
+        uint8_t normal;  // strictly inside it, where the sample sets the normal
+    };
+    std::vector<Sample> quarter(size_t(folded) * size_t(folded));
+    for (int32_t i = 0; i < folded; ++i) {
+        const float dy = offset[size_t(i)];
+        for (int32_t j = 0; j < folded; ++j) {
+            const float dx = offset[size_t(j)];
             const float d = float(std::sqrt(double(dx * dx + dy * dy)));
+            Sample &sample = quarter[size_t(i) * size_t(folded) + size_t(j)];
             if (d > Rs) continue;
             const float p = powf(d / Rs, 2.3f);
             const float e = 1 - std::fabs(d - Ri) * std::fabs(k) + p;
             float v = p + (e > 0.0f ? e : 0.0f);
             if (v > 1.0f) v = 1.0f;
-            int32_t &accumulator = intensity_row[j / s];
-            accumulator += int32_t(v * 32767);
+            sample = {int32_t(v * 32767), 1, uint8_t(d < Rs)};
+        }
+    }
+    // Summed in the samples' own order: the floor at samples_per_pixel after
+    // every addition makes the sum depend on it.
+    for (int32_t i = 0; i < N; ++i) {
+        const Sample *samples = quarter.data() + size_t(fold(i)) * size_t(folded);
+        const size_t row = size_t(i / s) * size;
+        int32_t *intensity_row = lump->intensity + row;
+        float *nx_row = lump->normal_x + row;
+        float *ny_row = lump->normal_y + row;
+        for (int32_t j = 0; j < N; ++j) {
+            const Sample &sample = samples[fold(j)];
+            if (!sample.counts) continue;
+            const int32_t column = pixel[size_t(j)];
+            int32_t &accumulator = intensity_row[column];
+            accumulator += sample.contribution;
             if (accumulator < samples_per_pixel) accumulator = samples_per_pixel;
-            if (d < Rs) {
-                nx_row[j / s] = dx / Rs;
-                ny_row[j / s] = dy / Rs;
+            if (sample.normal) {
+                nx_row[column] = normal[size_t(j)];
+                ny_row[column] = normal[size_t(i)];
             }
         }
     }
