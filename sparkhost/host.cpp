@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -195,6 +196,8 @@ bool Host::run_frame(int frame) {
     require_loaded("SparkProcess");
     auto process_entry = entry<ProcessFunction>("SparkProcess");
     if (!process_entry) throw Error("plug-in '" + path_ + "' exports no SparkProcess");
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point started = Clock::now();
     prepare_frame(frame);
     apply_proxy();
     make_current();
@@ -205,7 +208,10 @@ bool Host::run_frame(int frame) {
         started_ = true;
     }
     last_failure_.clear();
+    const Clock::time_point prepared = Clock::now();
     unsigned long *result = process_entry(info_record(frame));
+    frame_times_ = {std::chrono::duration<double>(prepared - started).count(),
+                    std::chrono::duration<double>(Clock::now() - prepared).count()};
     if (!result) {
         last_failure_ = "plug-in returned no picture for frame " + std::to_string(frame);
         return false;

@@ -146,6 +146,14 @@ public:
     SparkInfoStruct info_record(int frame) const;
     const Frame &output_buffer() const { return output_; }
     const std::string &last_failure() const { return last_failure_; }
+    // Where the last run_frame() spent its time, in seconds: getting the
+    // buffers ready (reading or waiting for inputs), then the plug-in's
+    // SparkProcess.
+    struct FrameTimes {
+        double buffers = 0;
+        double process = 0;
+    };
+    const FrameTimes &last_frame_times() const { return frame_times_; }
 
     // --- simulation and state (spark_state.h; host_state.cpp) ----------------
     // True when the plug-in simulates without drawing and exports and
@@ -249,6 +257,7 @@ private:
     int current_frame_ = 1;
     ControlTable controls_;
     std::string last_failure_;
+    FrameTimes frame_times_;
     mutable std::mutex messages_mutex_;
     std::vector<Message> messages_;
     HostEvents events_;

@@ -67,6 +67,9 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     add_shot_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
+    app.add_flag("--timings", options.timings,
+                 "At the end, say where the time went: start-up, the plug-in's frame cycle, and the rest "
+                 "(reading inputs, writing files)");
 
     const char *group =
         "Controls (applied in this order: setup, preset, sets, animations, amplitude import, pre-roll)";

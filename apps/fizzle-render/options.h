@@ -33,6 +33,7 @@ struct RenderOptions {
     std::string overlay_svg;  // pattern of SVG files of the overlay, one a frame
     std::string plugin;  // empty: fizzle.spark next to this program
     bool quiet = false;
+    bool timings = false;  // say where the time went, at the end
 
     // What the plug-in's controls are set to before the first frame, in
     // this order: setup, preset, sets, animations, the amplitude

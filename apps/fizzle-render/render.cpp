@@ -18,6 +18,7 @@
 #include "frame_output.h"
 #include "resume.h"
 #include "stop_request.h"
+#include "timings.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/frame_writer.h"
@@ -150,6 +151,7 @@ int render(const RenderOptions &options) {
     const int start = shot.catch_up();
     if (options.simulate_only) host.read_ahead(start, options.last_frame);
     progress.start();
+    RenderTimings timings;
     for (int frame = start; frame <= options.last_frame; ++frame) {
         if (int signal = stop_signal()) {
             progress.clear_line();
@@ -160,17 +162,28 @@ int render(const RenderOptions &options) {
         if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
             shot.advance(frame);
         } else {
+            timings.first_frame_begins();
             if (!host.run_frame(frame)) throw Error(host.last_failure());
+            timings.frame_rendered(host.last_frame_times());
+            auto handing = RenderTimings::Clock::now();
             check_output_format();
+            const auto checked = RenderTimings::Clock::now();
+            timings.waited_for_library(std::chrono::duration<double>(checked - handing).count());
+            handing = checked;
             sparkhost::Frame picture = writer.take_buffer();
             picture.assign(host.output_buffer());
             overlay.apply(frame, picture);
             writer.submit(frame, std::move(picture));
+            timings.handed_over(std::chrono::duration<double>(RenderTimings::Clock::now() - handing).count());
         }
         shot.frame_done(frame);
         progress.frame_done(frame);
     }
     writer.finish();
+    if (options.timings) {
+        progress.clear_line();
+        timings.print(stderr);
+    }
     host.uninitialise(options.last_frame);
     // A stop that came while the last frames were still being written is
     // still a stop: the caller asked for one and learns it was heeded.

@@ -1,5 +1,7 @@
 // fizzle-render run as a program: its one-line errors for bad arguments,
 // inputs and outputs (with nothing written), and real renders.
+#include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -85,4 +87,23 @@ TEST_F(FizzleRender, OutputDoesNotDependOnTheProcessorCount) {
         EXPECT_TRUE(sparkhost::read_image(path(std::string("p1.") + number + ".tif"), Depth::Bits12) ==
                     sparkhost::read_image(path(std::string("p5.") + number + ".tif"), Depth::Bits12))
             << "frame " << number;
+}
+
+// --timings adds one line, and only it, to what a quiet render prints; its
+// frame count is the frames written, and the two shares of the frames' time add up.
+TEST_F(FizzleRender, TimingsSayWhereTheFramesTimeWentInOneLine) {
+    const RunResult result = run({"--preset", "Basic", "--frames", "3-6", "--size", "64x36", "--timings", "-q", "-o",
+                                  path("t.####.png")});
+    ASSERT_EQ(result.exit_code, 0) << result.err;
+    ASSERT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_EQ(result.err.rfind("fizzle-render: timings: ", 0), 0u) << result.err;
+    EXPECT_NE(result.err.find("then 4 frames in"), std::string::npos) << result.err;
+    int inside = -1, outside = -1;
+    const std::size_t cycle = result.err.find("frame cycle ");
+    ASSERT_NE(cycle, std::string::npos);
+    ASSERT_EQ(std::sscanf(result.err.c_str() + cycle, "frame cycle %*f s (%d%%), outside it %*f s (%d%%)", &inside,
+                          &outside),
+              2)
+        << result.err;
+    EXPECT_NEAR(inside + outside, 100, 1);
 }
