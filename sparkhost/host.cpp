@@ -267,7 +267,7 @@ void Host::prepare_output() {
         return;
     }
     // Cleared so that a plug-in that leaves pixels unwritten shows black,
-    // not the last frame; each processor clears its share of the rows.
+    // not the last frame; each processor clears its share.
     uint8_t *bytes = output_.bytes().data();
     const std::size_t size = output_.bytes().size();
     const int workers = pool_.size();

@@ -165,11 +165,10 @@ int render(const RenderOptions &options) {
             timings.first_frame_begins();
             if (!host.run_frame(frame)) throw Error(host.last_failure());
             timings.frame_rendered(host.last_frame_times());
-            auto handing = RenderTimings::Clock::now();
+            const auto checking = RenderTimings::Clock::now();
             check_output_format();
-            const auto checked = RenderTimings::Clock::now();
-            timings.waited_for_library(std::chrono::duration<double>(checked - handing).count());
-            handing = checked;
+            const auto handing = RenderTimings::Clock::now();
+            timings.waited_for_library(std::chrono::duration<double>(handing - checking).count());
             sparkhost::Frame picture = writer.take_buffer();
             picture.assign(host.output_buffer());
             overlay.apply(frame, picture);

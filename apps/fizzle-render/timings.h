@@ -1,6 +1,6 @@
 // Where a render's time went, for --timings: the plug-in's frame cycle
 // against everything around it, so a slow render shows whether the effect
-// or the host is to blame.
+// or the host is to blame. Its clock starts with the program.
 #pragma once
 
 #include <chrono>
@@ -12,7 +12,6 @@ class RenderTimings {
 public:
     using Clock = std::chrono::steady_clock;
 
-    // The clock starts with the program.
     void frame_rendered(const sparkhost::Host::FrameTimes &times);
     // Time the render loop spent handing a frame to the writer (copying it
     // and, when the writer is behind, waiting for room in its queue).

@@ -61,6 +61,12 @@ bool FilePixels::passes_through(const Frame &frame, bool float_file) {
     return !float_file && frame.format().depth == Depth::Bits8;
 }
 
+OIIO::TypeDesc FilePixels::file_type(const Frame &frame, bool float_file) {
+    const bool deep = frame.format().depth == Depth::Bits12;
+    if (float_file) return deep ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF;
+    return deep ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8;
+}
+
 FileSamples FilePixels::convert(const Frame &frame, bool float_file, int top, int count) {
     const FrameFormat &format = frame.format();
     const std::size_t row_samples = std::size_t(format.width) * 3;
@@ -68,12 +74,12 @@ FileSamples FilePixels::convert(const Frame &frame, bool float_file, int top, in
     FileSamples samples;
     if (passes_through(frame, float_file)) {
         // Frames are bottom row first: the file's rows run upwards in memory.
-        samples.type = OIIO::TypeDesc::UINT8;
+        samples.type = file_type(frame, float_file);
         samples.rows = frame.row(format.height - 1 - top);
         samples.stride = -std::ptrdiff_t(row_samples);
         return samples;
     }
-    samples.type = float_file ? (deep ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF) : OIIO::TypeDesc::UINT16;
+    samples.type = file_type(frame, float_file);
     samples.stride = std::ptrdiff_t(row_samples * samples.type.size());
     buffer_.resize(row_samples * std::size_t(count) * samples.type.size());
     samples.rows = buffer_.data();

@@ -31,11 +31,13 @@ public:
     // Whether the file's samples are the frame's own bytes: 8-bit frames
     // bound for 8-bit files, which go to the writer whole and untouched.
     static bool passes_through(const Frame &frame, bool float_file);
+    // The channel type the file stores: 8 or 16 bits, or half or full floats
+    // (half floats for 8-bit frames, full floats for 12-bit ones, since half
+    // floats cannot hold 12 bits exactly).
+    static OIIO::TypeDesc file_type(const Frame &frame, bool float_file);
 
-    // The samples an integer file (8 or 16 bits) or a float file (half
-    // floats for 8-bit frames, full floats for 12-bit ones, since half floats
-    // cannot hold 12 bits exactly) stores for `count` file rows from `top`
-    // (row 0 is the top of the picture). Valid until the next call.
+    // The samples of file_type() the file stores for `count` file rows from
+    // `top` (row 0 is the top of the picture). Valid until the next call.
     FileSamples convert(const Frame &frame, bool float_file, int top, int count);
 
 private:

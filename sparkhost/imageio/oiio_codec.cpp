@@ -128,10 +128,7 @@ void write_image(AtomicFile &file, const Frame &frame, const std::string &compre
     const FrameFormat &format = frame.format();
     std::string extension = extension_of(path);
     const bool float_file = extension == ".exr";
-    OIIO::ImageSpec spec(format.width, format.height, 3,
-                         FilePixels::passes_through(frame, float_file) ? OIIO::TypeDesc::UINT8
-                         : float_file ? (format.depth == Depth::Bits12 ? OIIO::TypeDesc::FLOAT : OIIO::TypeDesc::HALF)
-                                      : OIIO::TypeDesc::UINT16);
+    OIIO::ImageSpec spec(format.width, format.height, 3, FilePixels::file_type(frame, float_file));
     apply_compression(extension, compression, spec);
     // A fixed stamp instead of the wall clock, so the same frame gives the same
     // bytes whenever and wherever it is rendered.
