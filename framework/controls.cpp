@@ -13,6 +13,24 @@ void ControlQv::Bind(int entry, void *record, AuxQv *auxiliary) {
     Bound();
 }
 
+void ControlQv::Disable(bool flag) {
+    bool changed = flag != bool(disabled);
+    disabled = flag;
+    if (changed && bound()) ShowDisabled(flag);
+}
+
+void ControlQv::Hide(bool flag) {
+    hidden = flag;
+    if (!bound()) return;
+    ShowEntry(index, flag);
+    HideMoreEntries(flag);
+}
+
+void ControlQv::MarkDisabled(const char *title, bool disabling) const {
+    MarkTitle(title, disabling);
+    sparkControlUpdate(index);
+}
+
 void ControlQv::ShowEntry(int entry, bool flag) const {
     if (flag)
         sparkDisableParameter(SPARK_UI_CONTROL, entry);

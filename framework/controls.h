@@ -58,8 +58,12 @@ public:
     // The host adapter's per-frame refresh of the cache from the host: the
     // same as Sync except where Sync leaves the cache alone on purpose.
     virtual void Refresh() { Sync(); }
-    virtual void Disable(bool flag) { disabled = flag; }
-    virtual void Hide(bool flag) { hidden = flag; }
+    // Sets the flag; a bound control whose flag changes shows it on the host
+    // (ShowDisabled).
+    void Disable(bool flag);
+    // Sets the flag and, when bound, hides or shows the control's entry and
+    // any others it occupies (HideMoreEntries).
+    void Hide(bool flag);
     virtual void ResetKeyframes() {}
     virtual void EnableKeyframes() {}
 
@@ -84,6 +88,12 @@ protected:
     ~ControlQv() = default;
     // Called by Bind once index, host_value and aux are set.
     virtual void Bound() {}
+    // The host side of a change of the disabled flag; by default none.
+    virtual void ShowDisabled(bool) {}
+    // The entries beyond index that hide and show with the control.
+    virtual void HideMoreEntries(bool) const {}
+    // Marks title (as MarkTitle) and tells the host that entry index changed.
+    void MarkDisabled(const char *title, bool disabling) const;
     // sparkDisableParameter (flag set) or sparkEnableParameter for one entry.
     void ShowEntry(int entry, bool flag) const;
     // The title with blanks and newlines trimmed and a "*" marker added
@@ -94,8 +104,6 @@ protected:
 class IntegerControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     void GetValue(double frame, long &value) const;
     long GetValue(double frame) const;
     void SetValue(double frame, long value);
@@ -106,14 +114,13 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
 };
 
 // What float, angle and size controls share: a float record whose range is
 // frozen and thawed, and a cached value.
 class FloatRecordControlQv : public ControlQv {
 public:
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     SparkFloatStruct *record() const { return static_cast<SparkFloatStruct *>(host_value); }
 
     double saved_range[2] = {0.0, 0.0};
@@ -121,6 +128,7 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
 };
 
 class FloatControlQv : public FloatRecordControlQv {
@@ -146,8 +154,6 @@ public:
 class CheckboxControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     void GetValue(double frame, bool &value) const;
     bool GetValue(double frame) const;
     // Switching on (1) switches off every other member of the radio group.
@@ -159,14 +165,13 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
 };
 
 // Items numbered from 1 (the host numbers them from 0).
 class ListControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     // Reads the host afresh for any frame, and caches what it read.
     void GetValue(double frame, long &value);
     long GetValue(double frame);
@@ -174,6 +179,10 @@ public:
     SparkPupStruct *record() const { return static_cast<SparkPupStruct *>(host_value); }
 
     long cached = 0;
+
+protected:
+    // Only flagged and refreshed: the choice itself stays free.
+    void ShowDisabled(bool flag) override;
 };
 
 // A colour word (red bits 0-7, green 8-15, blue 16-23), optionally with
@@ -181,8 +190,6 @@ public:
 class ColourControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     // 15-bit components of the host word without filled low bits; the frame is ignored.
     void GetValue(double frame, int &red, int &green, int &blue, int &alpha) const;
     void SetValue(double frame, int red, int green, int blue, int alpha);
@@ -195,6 +202,8 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
+    void HideMoreEntries(bool flag) const override;
 };
 
 // X and Y fractions of the frame on entries index and index+1; the host
@@ -204,8 +213,6 @@ public:
     void Sync() override {}  // kept on purpose: static reads see what the cache last held
     // X and Y from the host's records as fractions of the frame (Y 0 without a Y record).
     void Refresh() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     void GetValue(double frame, double &x, double &y) const;
     void SetValue(double frame, double x, double y);
     SparkFloatStruct *x_record() const { return static_cast<SparkFloatStruct *>(host_value); }
@@ -217,13 +224,14 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
+    void HideMoreEntries(bool flag) const override;
 };
 
+// Disabling only sets the flag: the host's text entry stays as it is.
 class TextControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override { disabled = flag; }
-    void Hide(bool flag) override;
     // The host's own string (any frame); from then on the control reads it in place.
     void GetValue(double frame, const char *&value);
     const char *GetValue(double frame);
@@ -238,8 +246,6 @@ public:
 class FileControlQv : public ControlQv {
 public:
     void Sync() override;
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     // The host's string with every white-space character deleted in place.
     void GetValue(double frame, char *&value);
     char *GetValue(double frame);
@@ -252,11 +258,14 @@ public:
 
 protected:
     void Bound() override;
+    void ShowDisabled(bool flag) override;
+    void HideMoreEntries(bool flag) const override;
 };
 
 class ButtonControlQv : public ControlQv {
 public:
-    void Disable(bool flag) override;
-    void Hide(bool flag) override;
     SparkPushStruct *record() const { return static_cast<SparkPushStruct *>(host_value); }
+
+protected:
+    void ShowDisabled(bool flag) override;
 };

@@ -31,20 +31,7 @@ void CheckboxControlQv::SetValue(double, int value) {
     Sync();
 }
 
-void CheckboxControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
-    MarkTitle(record()->Title, flag);
-    sparkControlUpdate(index);
-}
-
-void CheckboxControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
-}
+void CheckboxControlQv::ShowDisabled(bool flag) { MarkDisabled(record()->Title, flag); }
 
 // ---- ListControlQv ----------------------------------------------------------
 
@@ -70,37 +57,12 @@ void ListControlQv::SetValue(double, long value) {
     Sync();
 }
 
-// Only flagged and refreshed: the choice itself stays free.
-void ListControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
+void ListControlQv::ShowDisabled(bool flag) {
     const SparkPupStruct *host = record();
     bool valid = host->Value >= 0 && host->Value < SPARK_PUP_MAX_ENTRIES;
-    MarkTitle(valid ? host->Titles[host->Value] : nullptr, flag);
-    sparkControlUpdate(index);
-}
-
-void ListControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
+    MarkDisabled(valid ? host->Titles[host->Value] : nullptr, flag);
 }
 
 // ---- ButtonControlQv --------------------------------------------------------
 
-void ButtonControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
-    MarkTitle(record()->Title, flag);
-    sparkControlUpdate(index);
-}
-
-void ButtonControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
-}
+void ButtonControlQv::ShowDisabled(bool flag) { MarkDisabled(record()->Title, flag); }

@@ -58,12 +58,7 @@ void ColourControlQv::SetValue(double, int red, int green, int blue, int) {
 }
 
 // Thawed sliders get 0..100 whatever they had before.
-void ColourControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
+void ColourControlQv::ShowDisabled(bool flag) {
     if (has_sliders()) {
         for (int i = 0; i < 3; ++i) {
             SparkFloatStruct *slider = sliders[i];
@@ -81,10 +76,7 @@ void ColourControlQv::Disable(bool flag) {
     sparkControlUpdate(index);
 }
 
-void ColourControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (!bound()) return;
-    ShowEntry(index, flag);
+void ColourControlQv::HideMoreEntries(bool flag) const {
     if (has_sliders())
         for (int i = 1; i <= 3; ++i) ShowEntry(index + i, flag);
 }

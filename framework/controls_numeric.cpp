@@ -58,40 +58,18 @@ void IntegerControlQv::SetValue(double, long value) {
     Sync();
 }
 
-void IntegerControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
+void IntegerControlQv::ShowDisabled(bool flag) {
     freeze_range(record(), flag, saved_range);
-    MarkTitle(record()->Title, flag);
-    sparkControlUpdate(index);
-}
-
-void IntegerControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
+    MarkDisabled(record()->Title, flag);
 }
 
 // ---- float records: FloatControlQv, AngleControlQv, SizeControlQv ----------
 
 void FloatRecordControlQv::Bound() { save_range(aux, record(), saved_range); }
 
-void FloatRecordControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
+void FloatRecordControlQv::ShowDisabled(bool flag) {
     freeze_range(record(), flag, saved_range);
-    MarkTitle(record()->Title, flag);
-    sparkControlUpdate(index);
-}
-
-void FloatRecordControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
+    MarkDisabled(record()->Title, flag);
 }
 
 void FloatControlQv::Sync() {

@@ -43,12 +43,7 @@ void PositionControlQv::SetValue(double, double x, double y) {
     Sync();
 }
 
-void PositionControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
+void PositionControlQv::ShowDisabled(bool flag) {
     SparkFloatStruct *records[2] = {x_record(), y_record};
     for (int i = 0; i < 2; ++i) {
         SparkFloatStruct *host = records[i];
@@ -65,9 +60,4 @@ void PositionControlQv::Disable(bool flag) {
     sparkControlUpdate(index);
 }
 
-void PositionControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (!bound()) return;
-    ShowEntry(index, flag);
-    ShowEntry(index + 1, flag);
-}
+void PositionControlQv::HideMoreEntries(bool flag) const { ShowEntry(index + 1, flag); }

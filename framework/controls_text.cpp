@@ -49,11 +49,6 @@ void TextControlQv::SetValue(double, const char *value) {
     Sync();
 }
 
-void TextControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (bound()) ShowEntry(index, flag);
-}
-
 // ---- FileControlQv ----------------------------------------------------------
 
 void FileControlQv::Bound() { text = aux ? aux->text : nullptr; }
@@ -85,19 +80,6 @@ void FileControlQv::SetValue(double, const char *value) {
     Sync();
 }
 
-void FileControlQv::Disable(bool flag) {
-    if (flag == bool(disabled) || !bound()) {
-        disabled = flag;
-        return;
-    }
-    disabled = flag;
-    MarkTitle(button()->Title, flag);
-    sparkControlUpdate(index);
-}
+void FileControlQv::ShowDisabled(bool flag) { MarkDisabled(button()->Title, flag); }
 
-void FileControlQv::Hide(bool flag) {
-    hidden = flag;
-    if (!bound()) return;
-    ShowEntry(index, flag);
-    ShowEntry(index + 7, flag);
-}
+void FileControlQv::HideMoreEntries(bool flag) const { ShowEntry(index + 7, flag); }

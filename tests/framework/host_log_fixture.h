@@ -33,6 +33,9 @@ protected:
     static sparkhost::ControlCall update(int control) {
         return {sparkhost::ControlCall::Update, 0, control};
     }
+    static sparkhost::ControlCall enable(int control) {
+        return {sparkhost::ControlCall::Enable, SPARK_UI_CONTROL, control};
+    }
     static sparkhost::ControlCall disable(int control) {
         return {sparkhost::ControlCall::Disable, SPARK_UI_CONTROL, control};
     }
