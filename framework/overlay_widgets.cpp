@@ -1,4 +1,5 @@
-// The crosshair and line widgets: pick, drag and write host positions.
+// The crosshair and line widgets, and the point pair the line shares with
+// the rectangle: pick, drag and write host positions.
 #include "framework/overlay_widgets.h"
 
 #include "framework/overlay_widgets_common.h"
@@ -34,11 +35,11 @@ void CrosshairOverlayQv::HandleInteractionPlat(InterType type, float, float) {
     write_point(index, record, y_record, x, y);
 }
 
-// ---- LineOverlayQv ----------------------------------------------------------
+// ---- PointPairOverlayQv -----------------------------------------------------
 
-void LineOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_rec,
-                         SparkFloatStruct *y_rec, int x2_index, SparkFloatStruct *x2_rec,
-                         SparkFloatStruct *y2_rec) {
+void PointPairOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_rec,
+                              SparkFloatStruct *y_rec, int x2_index, SparkFloatStruct *x2_rec,
+                              SparkFloatStruct *y2_rec) {
     overlay = drawing;
     index = x_index;
     record = x_rec;
@@ -48,12 +49,14 @@ void LineOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_re
     y2_record = y2_rec;
 }
 
-void LineOverlayQv::SetPoints(float new_x, float new_y, float new_x2, float new_y2) {
+void PointPairOverlayQv::SetPoints(float new_x, float new_y, float new_x2, float new_y2) {
     x = new_x;
     y = new_y;
     x2 = new_x2;
     y2 = new_y2;
 }
+
+// ---- LineOverlayQv ----------------------------------------------------------
 
 // The middle follows the pointer; direction and length stay.
 void LineOverlayQv::HandleInteraction(InterType type, float mx, float my) {

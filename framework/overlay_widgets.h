@@ -43,25 +43,31 @@ public:
     int32_t style = 0;                       // non-zero adds the inner diamond
 };
 
-// A segment between two points, dragged as a whole by its middle.
-class LineOverlayQv : public OverlayControlQv {
+// What the line and rectangle widgets share: two points, each a position
+// pair (x on entry index or index2, y on the entry after it).
+class PointPairOverlayQv : public OverlayControlQv {
 public:
     void Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_record,
               SparkFloatStruct *y_record, int x2_index, SparkFloatStruct *x2_record,
               SparkFloatStruct *y2_record);
     void SetPoints(float x, float y, float x2, float y2);
-    void HandleInteraction(InterType type, float mx, float my) override;
-    void HandleInteractionPlat(InterType type, float mx, float my) override;
 
     SparkFloatStruct *y_record = nullptr;
     int32_t index2 = 0;
     SparkFloatStruct *x2_record = nullptr;
     SparkFloatStruct *y2_record = nullptr;
-    int32_t grabbed = 0;
+    int32_t grabbed = 0;                       // 0 none, else the handle
     int32_t highlighted = 0;
     OverlayQv *overlay = nullptr;
     float x = 0.0f, y = 0.0f, x2 = 0.0f, y2 = 0.0f;
-    float screen_x = 0.0f, screen_y = 0.0f;  // the middle, as last drawn
+    float screen_x = 0.0f, screen_y = 0.0f;    // the (first) handle, as last drawn
+};
+
+// A segment between two points, dragged as a whole by its middle.
+class LineOverlayQv : public PointPairOverlayQv {
+public:
+    void HandleInteraction(InterType type, float mx, float my) override;
+    void HandleInteractionPlat(InterType type, float mx, float my) override;
 };
 
 // A direction around a centre: a spoke whose tip is the handle. The record
@@ -108,23 +114,11 @@ public:
 
 // An axis-aligned rectangle given by two opposite corners, each a position
 // pair. Handles: 1 the first corner, 2 the second.
-class RectangleOverlayQv : public OverlayControlQv {
+class RectangleOverlayQv : public PointPairOverlayQv {
 public:
-    void Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_record,
-              SparkFloatStruct *y_record, int x2_index, SparkFloatStruct *x2_record,
-              SparkFloatStruct *y2_record);
-    void SetCorners(float x, float y, float x2, float y2);
+    void SetCorners(float x, float y, float x2, float y2) { SetPoints(x, y, x2, y2); }
     void HandleInteraction(InterType type, float mx, float my) override;
     void HandleInteractionPlat(InterType type, float mx, float my) override;
 
-    SparkFloatStruct *y_record = nullptr;
-    int32_t index2 = 0;
-    SparkFloatStruct *x2_record = nullptr;
-    SparkFloatStruct *y2_record = nullptr;
-    int32_t grabbed = 0;                       // 0 none, else the handle
-    int32_t highlighted = 0;
-    OverlayQv *overlay = nullptr;
-    float x = 0.0f, y = 0.0f, x2 = 0.0f, y2 = 0.0f;
-    float screen_x = 0.0f, screen_y = 0.0f;    // first corner, as last drawn
-    float screen_x2 = 0.0f, screen_y2 = 0.0f;  // second corner
+    float screen_x2 = 0.0f, screen_y2 = 0.0f;  // second corner, as last drawn
 };

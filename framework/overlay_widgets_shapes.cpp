@@ -93,25 +93,6 @@ void CircleOverlayQv::HandleInteractionPlat(InterType type, float, float) {
 
 // ---- RectangleOverlayQv -----------------------------------------------------
 
-void RectangleOverlayQv::Bind(OverlayQv *drawing, int x_index, SparkFloatStruct *x_rec,
-                              SparkFloatStruct *y_rec, int x2_index, SparkFloatStruct *x2_rec,
-                              SparkFloatStruct *y2_rec) {
-    overlay = drawing;
-    index = x_index;
-    record = x_rec;
-    y_record = y_rec;
-    index2 = x2_index;
-    x2_record = x2_rec;
-    y2_record = y2_rec;
-}
-
-void RectangleOverlayQv::SetCorners(float new_x, float new_y, float new_x2, float new_y2) {
-    x = new_x;
-    y = new_y;
-    x2 = new_x2;
-    y2 = new_y2;
-}
-
 void RectangleOverlayQv::HandleInteraction(InterType type, float mx, float my) {
     if (!accepts(overlay, type)) return;
     const float handles[2][2] = {{screen_x, screen_y}, {screen_x2, screen_y2}};

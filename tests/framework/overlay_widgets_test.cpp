@@ -95,3 +95,16 @@ TEST_F(Widgets, LineSecondPointXLimitsLandInTheFirstPointX) {
     EXPECT_FLOAT_EQ(y2.Value, 100.0f);
 }
 
+
+TEST_F(Widgets, RectangleDragsOnlyTheGrabbedCornerAndWritesItsOwnPair) {
+    SparkFloatStruct x2 = float_record(80.0f, 0.0f, 100.0f), y2 = float_record(60.0f, 0.0f, 100.0f);
+    RectangleOverlayQv rectangle;
+    rectangle.Bind(&overlay, 11, &x, &y, 18, &x2, &y2);
+    rectangle.SetCorners(0.2f, 0.2f, 0.8f, 0.6f);
+    overlay.DrawRectangleOverlay(&rectangle);  // corners at (40, 20) and (160, 60)
+    rectangle.HandleInteraction(InterPress, 160.0f, 60.0f);
+    EXPECT_EQ(rectangle.grabbed, 2);
+    rectangle.HandleInteraction(InterDrag, 100.0f, 90.0f);
+    EXPECT_THAT(values({&x, &y, &x2, &y2}), Pointwise(FloatEq(), {50.0f, 50.0f, 50.0f, 90.0f}));
+    EXPECT_THAT(updates(), ElementsAre(18, 19));
+}
