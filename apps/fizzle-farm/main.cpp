@@ -12,6 +12,7 @@ int main(int argc, char **argv) {
     CLI::App app{"Renders a Fizzle shot on a farm: one job fills the simulation cache, then a job "
                  "array renders the chunks from it. Options it does not know go to fizzle-render."};
     app.name("fizzle-farm");
+    app.set_version_flag("--version", "fizzle-farm " FIZZLE_VERSION);
     app.require_subcommand(1);
     SubmitOptions submit;
     CLI::App *submit_command = app.add_subcommand("submit", "Submit a shot: fizzle-farm submit --frames 1-1000 "

@@ -13,6 +13,7 @@
 int main(int argc, char **argv) {
     CLI::App app;
     app.name("fizzle-render");
+    app.set_version_flag("--version", "fizzle-render " FIZZLE_VERSION);
     RenderOptions options;
     add_render_options(app, options);
     try {

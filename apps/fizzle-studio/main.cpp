@@ -28,6 +28,7 @@ std::string beside_program(const char *name) {
 int main(int argc, char **argv) {
     CLI::App app;
     app.name("fizzle-studio");
+    app.set_version_flag("--version", "fizzle-studio " FIZZLE_VERSION);
     StudioOptions options;
     add_studio_options(app, options);
     try {
