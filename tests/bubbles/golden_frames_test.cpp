@@ -1,4 +1,4 @@
-// A fixed short sequence of two presets, pre-rolled, rendered through the
+// A few fixed short shots of demo presets, pre-rolled, rendered through the
 // real plug-in and compared frame by frame with hashes kept in
 // tests/data/golden_hashes.txt. A frame that differs is written to the test
 // output folder with a difference picture against the last frame that passed.
@@ -80,7 +80,7 @@ void write_golden(const std::map<std::string, std::string> &hashes) {
 
 }  // namespace
 
-TEST(GoldenFrames, TwoPresetsRenderTheKeptFrames) {
+TEST(GoldenFrames, EveryShotRendersTheKeptFrames) {
     const std::map<std::string, sparkhost::Frame> frames = render_sequence(2);
     const std::map<std::string, std::string> rendered = hashes_of(frames);
     const char *update = std::getenv("FIZZLE_UPDATE_GOLDEN");
