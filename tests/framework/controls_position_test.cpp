@@ -1,15 +1,13 @@
-// Position and file-name controls.
-#include <cstring>
-
+// Position controls: a point on two entries, in fractions of the frame.
 #include "control_records.h"
 #include "framework/controls.h"
 #include "host_log_fixture.h"
 
 using ::testing::ElementsAre;
 
-using PositionAndFileControls = HostLogTest;
+using PositionControls = HostLogTest;
 
-TEST_F(PositionAndFileControls, PositionReadsBothCurvesInFractionsSyncCachesNothingRefreshDoes) {
+TEST_F(PositionControls, PositionReadsBothCurvesInFractionsSyncCachesNothingRefreshDoes) {
     SparkFloatStruct x_host = float_record(1.0f), y_host = float_record(2.0f);
     AuxQv aux;
     aux.y = &y_host;
@@ -37,16 +35,4 @@ TEST_F(PositionAndFileControls, PositionReadsBothCurvesInFractionsSyncCachesNoth
     position.Hide(true);
     EXPECT_THAT(calls(), ElementsAre(update(51), update(52), update(51), update(51), update(52),
                                      disable(51), disable(52)));
-}
-
-TEST_F(PositionAndFileControls, FileNameLosesEveryBlankInTheHostStringToo) {
-    SparkPushStruct button{"Import Amplitude File", nullptr};
-    SparkStringStruct name{};
-    std::strcpy(name.Value, "  my sound\t file.aiff \n");
-    AuxQv aux;
-    aux.text = &name;
-    FileControlQv file;
-    file.Bind(114, &button, &aux);
-    EXPECT_STREQ(file.GetValue(-1.0), "mysoundfile.aiff");
-    EXPECT_STREQ(name.Value, "mysoundfile.aiff");
 }
