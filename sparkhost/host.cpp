@@ -199,6 +199,25 @@ bool Host::run_frame(int frame) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point started = Clock::now();
     prepare_frame(frame);
+    return process_prepared(frame, started);
+}
+
+bool Host::run_frame_over(int frame, const Frame &scene) {
+    require_loaded("SparkProcess");
+    if (!entry<ProcessFunction>("SparkProcess")) throw Error("plug-in '" + path_ + "' exports no SparkProcess");
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point started = Clock::now();
+    if (scene.format() != settings_.format)
+        throw Error("scene is " + scene.format().describe() + " but the frame is " + settings_.format.describe());
+    prepare_frame(frame, kAllClips & ~(1u << kScene));
+    input_buffers_[kScene].assign(scene);
+    filled_from_[kScene] = nullptr;  // the clip's own picture is due again next frame
+    return process_prepared(frame, started);
+}
+
+bool Host::process_prepared(int frame, std::chrono::steady_clock::time_point started) {
+    using Clock = std::chrono::steady_clock;
+    auto process_entry = entry<ProcessFunction>("SparkProcess");
     apply_proxy();
     make_current();
     current_frame_ = frame;
