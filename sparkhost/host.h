@@ -245,6 +245,7 @@ private:
     std::array<Frame, kClipCount> input_buffers_;
     // The source whose picture each input buffer holds, null when unknown.
     std::array<const ClipSource *, kClipCount> filled_from_{};
+    std::array<int, kClipCount> filled_number_{};  // the frame each buffer holds
     Frame output_;
     // During a control callback the buffers are filled only when the plug-in
     // asks for them: most callbacks never do, and a 1080p picture drawn or

@@ -242,7 +242,14 @@ void PlateOutput::write_frame(const Job &job) {
         const std::string plate_path = scene_.path(scene_.is_sequence() ? job.number : 0);
         sparkhost::PlateImage plate;
         try {
-            plate = sparkhost::read_plate(plate_path);
+            if (!scene_.is_sequence()) {
+                // A still plate is read once; each frame composites over a copy.
+                std::lock_guard<std::mutex> lock(still_mutex_);
+                if (!still_plate_) still_plate_ = std::make_shared<sparkhost::PlateImage>(sparkhost::read_plate(plate_path));
+                plate = *still_plate_;
+            } else {
+                plate = sparkhost::read_plate(plate_path);
+            }
         } catch (const Error &error) {
             throw Error(std::string("scene input: ") + error.what());
         }

@@ -77,6 +77,8 @@ private:
     sparkhost::FramePattern scene_, output_, layer_;
     sparkhost::Frame black_, grey_;
 
+    std::mutex still_mutex_;
+    std::shared_ptr<const sparkhost::PlateImage> still_plate_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Job> queue_;
