@@ -23,9 +23,15 @@ int frame_count() {
     return frames && std::atoi(frames) > 0 ? std::atoi(frames) : 24;
 }
 
-// Runs a shell command in a child and returns its peak resident size in MB,
-// or -1 when it failed.
-double run_measured(const std::string &command) {
+struct Measured {
+    bool ok = false;
+    double peak_mb = 0;
+    double cpu_seconds = 0;
+};
+
+// Runs a shell command in a child and measures it.
+Measured run_measured(const std::string &command) {
+    Measured measured;
     const pid_t child = fork();
     if (child == 0) {
         execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), static_cast<char *>(nullptr));
@@ -34,8 +40,12 @@ double run_measured(const std::string &command) {
     int status = 0;
     struct rusage usage {};
     if (child < 0 || wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return -1;
-    return double(usage.ru_maxrss) / 1024.0;
+        return measured;
+    measured.ok = true;
+    measured.peak_mb = double(usage.ru_maxrss) / 1024.0;
+    measured.cpu_seconds = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    return measured;
 }
 
 void BM_Plates1080(benchmark::State &state, bool float_plate) {
@@ -59,13 +69,14 @@ void BM_Plates1080(benchmark::State &state, bool float_plate) {
         arguments += " --scene " + pattern + "/plate.exr --layer " + pattern + "/layer.%04d.exr";
     }
     const std::string command = std::string(FIZZLE_RENDER_PATH) + arguments + " > /dev/null 2>&1";
-    double peak = 0;
+    Measured measured;
     for (auto _ : state) {
-        peak = run_measured(command);
-        if (peak < 0) state.SkipWithError(("failed: " + command).c_str());
+        measured = run_measured(command);
+        if (!measured.ok) state.SkipWithError(("failed: " + command).c_str());
     }
     state.counters["fps"] = benchmark::Counter(double(frames), benchmark::Counter::kIsRate);
-    state.counters["peak_MB"] = peak;
+    state.counters["cpu_ms_frame"] = 1000.0 * measured.cpu_seconds / frames;
+    state.counters["peak_MB"] = measured.peak_mb;
     std::error_code ignored;
     fs::remove_all(pattern, ignored);
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "sparkhost/error.h"
 
@@ -31,29 +32,50 @@ Frame constant_frame(const FrameFormat &format, int level) {
     return frame;
 }
 
+namespace {
+
+// Channel c of pixel x of a host row: a byte, or a word's top 12 bits.
+inline int level_at(const uint8_t *row, int x, int c, bool twelve) {
+    if (!twelve) return row[3 * x + c];
+    uint16_t word;
+    std::memcpy(&word, row + 6 * x + 2 * c, 2);
+    return word >> 4;
+}
+
+}  // namespace
+
 PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey) {
     const FrameFormat &format = over_black.format();
     if (over_grey.format() != format) throw Error("layer renders differ in format");
     PlateImage layer(format.width, format.height, 4);
+    const bool twelve = format.depth == Depth::Bits12;
     const int top = format.max_value();
     const int grey = layer_grey_level(format.depth);
     const float scale = 1.0f / float(top);
     for (int file_row = 0; file_row < format.height; ++file_row) {
         const int y = format.height - 1 - file_row;
+        const uint8_t *black_row = over_black.row(y);
+        const uint8_t *grey_row = over_grey.row(y);
         float *out = layer.row(file_row);
         for (int x = 0; x < format.width; ++x, out += 4) {
+            int black[3], over[3];
+            for (int c = 0; c < 3; ++c) {
+                black[c] = level_at(black_row, x, c, twelve);
+                over[c] = level_at(grey_row, x, c, twelve);
+            }
+            // No bubble: the layer stays 0, as it was made.
+            if ((black[0] | black[1] | black[2]) == 0 && over[0] == grey && over[1] == grey && over[2] == grey)
+                continue;
             // The grey that came through, in levels: summed over the
             // channels that did not clamp, else the most any channel shows.
             int passed = 0, channels = 0, most = 0;
             for (int c = 0; c < 3; ++c) {
-                const int black = over_black.value(x, y, c);
-                const int over = over_grey.value(x, y, c);
-                most = std::max(most, over - black);
-                if (over < top) {
-                    passed += over - black;
+                most = std::max(most, over[c] - black[c]);
+                if (over[c] < top) {
+                    passed += over[c] - black[c];
                     ++channels;
                 }
-                out[c] = float(black) * scale;
+                out[c] = float(black[c]) * scale;
             }
             const float through = channels ? float(passed) / float(channels * grey) : float(most) / float(grey);
             out[3] = 1.0f - std::clamp(through, 0.0f, 1.0f);

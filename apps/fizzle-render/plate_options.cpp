@@ -51,7 +51,10 @@ void check_plate_options(RenderOptions &options) {
         if (!plates.layer_type_text.empty()) throw Error("--layer-type: needs --layer");
         return;
     }
-    if (options.output.empty() || options.simulate_only) throw Error("--layer: needs --output");
+    // Filling the simulation cache writes no frame, so no layer either: a
+    // farm hands the fill job the same options as the chunks.
+    if (options.simulate_only) return;
+    if (options.output.empty()) throw Error("--layer: needs --output");
     const std::string extension = extension_of(plates.layer);
     const bool exr = extension == ".exr";
     if (plates.layer_type_text.empty()) plates.layer_type_text = exr ? "half" : "uint16";
