@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "sparkhost/error.h"
+#include "sparkhost/image_io.h"
 #include "sparkhost/plate_codec.h"
 
 namespace sparkhost {
@@ -31,6 +32,10 @@ const PlateCodec &codec() {
     static const PlateCodec *loaded = nullptr;
     static std::string problem;
     std::call_once(once, [] {
+        // After the image I/O module, whose loading thread may be mapping the
+        // same libraries: two loads at once race inside the loader and in
+        // the colour library's start-up.
+        require_image_io();
         const std::string path = module_path();
         // Never closed: the image library stays until the process ends.
         void *handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
