@@ -1,5 +1,5 @@
 // Float plates and the bubbles layer end to end: 1920x1080, Basic with
-// pre-roll, 2 processors, 12-bit, 24 frames (FIZZLE_BENCH_FRAMES), beside
+// pre-roll, 2 processors, 12-bit, 48 frames (FIZZLE_BENCH_FRAMES), beside
 // today's integer path to EXR. fps is frames a second of the whole run;
 // peak_MB the largest resident size of the fizzle-render process. Each case
 // runs once in a fresh child, so the peak belongs to that case alone.
@@ -20,7 +20,7 @@ namespace {
 
 int frame_count() {
     const char *frames = std::getenv("FIZZLE_BENCH_FRAMES");
-    return frames && std::atoi(frames) > 0 ? std::atoi(frames) : 24;
+    return frames && std::atoi(frames) > 0 ? std::atoi(frames) : 48;
 }
 
 struct Measured {
