@@ -3,8 +3,12 @@
 set -e
 # g++ brings gcc's sanitizer runtimes (libasan, libubsan, liblsan, libtsan)
 # as hard dependencies, so `make sanitize` needs no package of its own.
+# libopencolorio-dev: the colour spaces OpenImageIO converts through;
+# openimageio-tools and opencolorio-tools: oiiotool and ocioconvert, the
+# references the float-plate tests compare with.
 PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
 libgtest-dev libgmock-dev libbenchmark-dev \
+libopencolorio-dev openimageio-tools opencolorio-tools \
 slurm-wlm munge libcpp-httplib-dev chromium"
 # fizzle-studio's browser tests run Playwright (from npm) under node; a node
 # installed some other way, with its own npm, is kept.

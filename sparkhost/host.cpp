@@ -199,6 +199,32 @@ bool Host::run_frame(int frame) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point started = Clock::now();
     prepare_frame(frame);
+    return process_prepared(frame, started);
+}
+
+bool Host::run_frame_over(int frame, const Frame &scene) {
+    require_loaded("SparkProcess");
+    if (!entry<ProcessFunction>("SparkProcess")) throw Error("plug-in '" + path_ + "' exports no SparkProcess");
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point started = Clock::now();
+    if (scene.format() != settings_.format)
+        throw Error("scene is " + scene.format().describe() + " but the frame is " + settings_.format.describe());
+    // The same frame rendered again over another scene: inputs that already
+    // hold this frame's picture are not read or drawn a second time.
+    unsigned clips = 0;
+    for (int clip = 1; clip < kClipCount; ++clip)
+        if (filled_from_[clip] != inputs_[clip].get() || filled_number_[clip] != frame ||
+            input_buffers_[clip].format() != settings_.format)
+            clips |= 1u << clip;
+    prepare_frame(frame, clips);
+    input_buffers_[kScene].assign(scene);
+    filled_from_[kScene] = nullptr;  // the clip's own picture is due again next frame
+    return process_prepared(frame, started);
+}
+
+bool Host::process_prepared(int frame, std::chrono::steady_clock::time_point started) {
+    using Clock = std::chrono::steady_clock;
+    auto process_entry = entry<ProcessFunction>("SparkProcess");
     apply_proxy();
     make_current();
     current_frame_ = frame;
@@ -255,6 +281,7 @@ void Host::fill_input(int clip, int frame) {
         throw Error(std::string(clip_name(clip)) + " input: " + error.what());
     }
     filled_from_[clip] = source;
+    filled_number_[clip] = frame;
     if (picture.format() != format)
         throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() + " is " +
                     picture.format().describe() + " but the frame is " + format.describe());

@@ -30,6 +30,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -137,6 +138,10 @@ public:
     // process() without the copy: true when the plug-in rendered, the
     // picture then being output_buffer() until the next frame or change.
     bool run_frame(int frame);
+    // run_frame() with `scene` in the scene clip's buffer instead of its
+    // picture: what the effect adds to a known scene (a bubbles layer is
+    // worked out from renders over two constant scenes).
+    bool run_frame_over(int frame, const Frame &scene);
     void uninitialise(int frame = 1);
     // Fills the four input buffers for a frame and clears the output buffer;
     // process() does this itself. Callers that invoke plug-in callbacks
@@ -226,6 +231,7 @@ private:
     void fill_input(int clip, int frame);
     void prepare_output();
     bool fill_deferred(int id);
+    bool process_prepared(int frame, std::chrono::steady_clock::time_point started);
 
     Settings settings_;
     ThreadPool pool_;
@@ -239,6 +245,7 @@ private:
     std::array<Frame, kClipCount> input_buffers_;
     // The source whose picture each input buffer holds, null when unknown.
     std::array<const ClipSource *, kClipCount> filled_from_{};
+    std::array<int, kClipCount> filled_number_{};  // the frame each buffer holds
     Frame output_;
     // During a control callback the buffers are filled only when the plug-in
     // asks for them: most callbacks never do, and a 1080p picture drawn or

@@ -65,6 +65,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                    "Deflate level (default: tif none, exr piz, png zip:1; other formats their own)");
     add_overlay_options(app, options);
     add_shot_options(app, options);
+    add_plate_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
     app.add_flag("--timings", options.timings,
@@ -127,4 +128,5 @@ void resolve_options(RenderOptions &options) {
     if (!std::isfinite(options.pixel_aspect) || options.pixel_aspect <= 0)
         throw Error("--aspect: must be a positive number");
     if (!options.proxy_text.empty()) options.proxy = parse_proxy(options.proxy_text);
+    check_plate_options(options);
 }

@@ -11,6 +11,7 @@
 
 #include "sparkhost/frame.h"
 #include "sparkhost/host.h"
+#include "plate_options.h"
 #include "value_parsers.h"
 
 struct RenderOptions {
@@ -34,6 +35,7 @@ struct RenderOptions {
     std::string plugin;  // empty: fizzle.spark next to this program
     bool quiet = false;
     bool timings = false;  // say where the time went, at the end
+    PlateOptions plates;   // the bubbles layer and colour spaces
 
     // What the plug-in's controls are set to before the first frame, in
     // this order: setup, preset, sets, animations, the amplitude

@@ -9,10 +9,12 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "control_options.h"
 #include "host_setup.h"
 #include "overlay_output.h"
+#include "plate_output.h"
 #include "progress.h"
 #include "shot_runner.h"
 #include "frame_output.h"
@@ -113,6 +115,12 @@ int render(const RenderOptions &options) {
     // Input files are looked at before anything else, so the image library
     // is wanted at once; loading it before the plug-in would hold that up.
     if (reads_images(options)) sparkhost::preload_image_io();
+    auto warn = [&progress](const std::string &text) {
+        progress.clear_line();
+        std::fprintf(stderr, "fizzle-render: warning: %s\n", text.c_str());
+    };
+    std::optional<PlateOutput> plates;
+    if (options.writes_frames()) plates.emplace(host, options, warn);
     if (options.renders()) host.check_inputs(options.first_frame, options.last_frame);
     OutputFormatCheck check_output_format(options);
     const bool listing = options.list_controls || options.list_presets;
@@ -159,10 +167,20 @@ int render(const RenderOptions &options) {
             host.uninitialise(std::max(options.first_frame, frame - 1));  // as a finished render does
             return stopped_exit_code(signal);
         }
-        if (!options.writes_frames() || (options.skip_existing && output_exists(output.path(frame)))) {
+        const bool layered = plates && plates->active();
+        const bool exists = layered ? plates->frame_exists(frame) : output_exists(output.path(frame));
+        if (!options.writes_frames() || (options.skip_existing && exists)) {
             shot.advance(frame);
+        } else if (layered && plates->writes_output()) {
+            timings.first_frame_begins();
+            plates->render(frame);
+            if (!options.overlay_svg.empty()) {
+                sparkhost::Frame scratch = host.output_buffer();
+                overlay.apply(frame, scratch);
+            }
         } else {
             timings.first_frame_begins();
+            if (layered) plates->render(frame);
             if (!host.run_frame(frame)) throw Error(host.last_failure());
             timings.frame_rendered(host.last_frame_times());
             const auto checking = RenderTimings::Clock::now();
@@ -179,6 +197,7 @@ int render(const RenderOptions &options) {
         progress.frame_done(frame);
     }
     writer.finish();
+    if (plates) plates->finish();
     if (options.timings) {
         progress.clear_line();
         timings.print(stderr);

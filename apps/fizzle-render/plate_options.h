@@ -1,0 +1,30 @@
+// fizzle-render's options for scene-linear plates: the bubbles layer and
+// the colour spaces.
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "sparkhost/plate_io.h"
+
+struct RenderOptions;
+
+struct PlateOptions {
+    std::string layer;              // pattern of the bubbles layer; empty: none
+    std::string layer_type_text;    // half, float or uint16; empty: half in EXR, uint16 elsewhere
+    sparkhost::SampleType layer_type = sparkhost::SampleType::Half;
+    std::string colour_config;      // empty: $OCIO, else OpenImageIO's built-in spaces
+    std::string scene_space;        // empty: from the file (EXR and float files scene-linear)
+    std::string working_space = "sRGB";  // the encoding the effect works in
+    bool working_space_given = false;
+
+    // Whether any colour option was given (the config is then checked even
+    // when no file needs converting).
+    bool colour_asked() const { return !colour_config.empty() || !scene_space.empty() || working_space_given; }
+};
+
+void add_plate_options(CLI::App &app, RenderOptions &options);
+// What can be checked without reading a file; throws sparkhost::Error
+// naming the option.
+void check_plate_options(RenderOptions &options);

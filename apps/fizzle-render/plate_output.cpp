@@ -1,0 +1,276 @@
+// Layers and float scenes: two renders a frame, the layer worked out and
+// written, and float plates composited, on writer threads in frame order.
+#include "plate_output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "sparkhost/atomic_file.h"
+#include "sparkhost/bubble_layer.h"
+#include "sparkhost/converted_clip.h"
+#include "sparkhost/error.h"
+#include "sparkhost/image_io.h"
+
+using sparkhost::Error;
+
+namespace {
+
+constexpr std::size_t kQueueDepth = 2;
+constexpr int kWriters = 2;
+
+std::string lower_extension(const std::string &path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char &c : extension) c = char(std::tolower(static_cast<unsigned char>(c)));
+    return extension;
+}
+
+// Files that may hold float samples: only these are probed, so an 8-bit
+// PNG scene costs no look at the plate library.
+bool may_be_float(const std::string &pattern) {
+    const std::string extension = lower_extension(pattern);
+    return extension == ".exr" || extension == ".tif" || extension == ".tiff" || extension == ".hdr" ||
+           extension == ".pfm";
+}
+
+bool exists(const std::string &path) {
+    std::error_code error;
+    return std::filesystem::exists(path, error);
+}
+
+}  // namespace
+
+PlateOutput::PlateOutput(sparkhost::Host &host, const RenderOptions &options,
+                         std::function<void(const std::string &)> notes)
+    : host_(host), options_(options), notes_(std::move(notes)), scene_(options.inputs[sparkhost::kScene]),
+      output_(options.output), layer_(options.plates.layer) {
+    const PlateOptions &plates = options.plates;
+    const std::string &scene = options.inputs[sparkhost::kScene];
+    const std::string &reflection = options.inputs[sparkhost::kReflection];
+    const bool float_reflection =
+        !reflection.empty() && may_be_float(reflection) &&
+        sparkhost::probe_plate(sparkhost::FramePattern(reflection).path(options.first_frame)).is_float();
+    sparkhost::PlateInfo scene_info;
+    if (!scene.empty() && may_be_float(scene)) {
+        scene_info = sparkhost::probe_plate(scene_.path(scene_.is_sequence() ? options.first_frame : 0));
+        float_scene_ = scene_info.is_float();
+    }
+    if (plates.colour_asked() || float_scene_ || float_reflection) {
+        config_ = sparkhost::open_colour_config(plates.colour_config);
+        // Both names are checked even when nothing needs converting, so a
+        // misspelt space never passes unnoticed.
+        config_->conversion(plates.working_space, plates.working_space);
+        if (!plates.scene_space.empty()) config_->conversion(plates.scene_space, plates.scene_space);
+    }
+    if (float_reflection) {
+        const sparkhost::FramePattern pattern(reflection);
+        const std::string space =
+            space_of(reflection, sparkhost::probe_plate(pattern.path(pattern.is_sequence() ? options.first_frame : 0)));
+        host.set_input(sparkhost::kReflection, std::make_shared<sparkhost::ConvertedClip>(
+                                                    reflection, config_->conversion(space, plates.working_space)));
+    }
+    if (float_scene_) {
+        scene_type_ = scene_info.type;
+        scene_space_ = space_of(scene, scene_info);
+        to_scene_ = config_->conversion(plates.working_space, scene_space_);
+        const std::string extension = lower_extension(options.output);
+        if (extension != ".exr" && extension != ".tif" && extension != ".tiff")
+            throw Error("output '" + options.output + "': a float scene keeps its values only in a float file (exr or tif)");
+        if (options.overlay)
+            throw Error("--overlay draws on integer frames; with a float scene use --overlay-svg");
+        if (scene_info.width != options.format.width || scene_info.height != options.format.height)
+            throw Error("scene input: '" + scene + "' is " + std::to_string(scene_info.width) + "x" +
+                        std::to_string(scene_info.height) + " but the frame is " + options.format.size_text());
+        // The effect reads the scene only to composite over it, so it is
+        // given black; the plate itself is read by the writers.
+        host.set_input(sparkhost::kScene, sparkhost::Frame(options.format));
+    }
+    active_ = float_scene_ || !plates.layer.empty();
+    if (!active_) return;
+    if (!host.can_simulate())
+        throw Error("plug-in '" + host.plugin_path() + "' cannot save and restore its state, which a layer or float scene needs");
+    if (!plates.layer.empty()) {
+        const std::string first = layer_.path(options.first_frame);
+        if (!sparkhost::can_store(first, plates.layer_type))
+            throw Error("--layer: '" + plates.layer + "' cannot hold " + sparkhost::sample_type_name(plates.layer_type) +
+                        " samples");
+        std::filesystem::path directory = std::filesystem::path(first).parent_path();
+        if (directory.empty()) directory = ".";
+        if (access(directory.c_str(), W_OK) != 0)
+            throw Error("--layer: directory '" + directory.string() + "' is not writable");
+    }
+    if (float_scene_)
+        for (int frame = options.first_frame; frame <= options.last_frame && scene_.is_sequence(); ++frame) {
+            const sparkhost::PlateInfo info = sparkhost::probe_plate(scene_.path(frame));
+            if (info.width != options.format.width || info.height != options.format.height)
+                throw Error("scene input: '" + scene_.path(frame) + "' is " + std::to_string(info.width) + "x" +
+                            std::to_string(info.height) + " but the frame is " + options.format.size_text());
+        }
+    black_ = sparkhost::constant_frame(options.format, 0);
+    grey_ = sparkhost::constant_frame(options.format, sparkhost::layer_grey_level(options.format.depth));
+    for (int i = 0; i < kWriters; ++i) threads_.emplace_back([this] { work(); });
+}
+
+PlateOutput::~PlateOutput() {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        closing_ = true;
+    }
+    changed_.notify_all();
+    for (std::thread &thread : threads_) thread.join();
+}
+
+std::string PlateOutput::space_of(const std::string &pattern, const sparkhost::PlateInfo &info) const {
+    const PlateOptions &plates = options_.plates;
+    if (!plates.scene_space.empty()) return plates.scene_space;
+    if (!info.colour_space.empty()) {
+        for (const std::string &name : config_->spaces())
+            if (name.size() == info.colour_space.size() &&
+                std::equal(name.begin(), name.end(), info.colour_space.begin(),
+                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }))
+                return name;
+    }
+    if (std::string linear = config_->role("scene_linear"); !linear.empty()) return linear;
+    if (std::string linear = config_->role("linear"); !linear.empty()) return linear;
+    throw Error("'" + pattern + "': no colour space in the file and no scene_linear role in " + config_->describe() +
+                "; name one with --scene-space");
+}
+
+bool PlateOutput::frame_exists(int frame) const {
+    if (!exists(output_.path(frame))) return false;
+    return options_.plates.layer.empty() || exists(layer_.path(frame));
+}
+
+void PlateOutput::render(int frame) {
+    flush_notes();
+    throw_failure();
+    const std::vector<uint8_t> state = host_.export_state();
+    Job job{frame, {}, {}, 0};
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        for (sparkhost::Frame *into : {&job.over_black, &job.over_grey})
+            if (!spare_.empty()) {
+                *into = std::move(spare_.back());
+                spare_.pop_back();
+            }
+    }
+    if (!host_.run_frame_over(frame, black_)) throw Error(host_.last_failure());
+    job.over_black.assign(host_.output_buffer());
+    if (!host_.import_state(state)) throw Error("plug-in refused its own state at frame " + std::to_string(frame));
+    if (!host_.run_frame_over(frame, grey_)) throw Error(host_.last_failure());
+    job.over_grey.assign(host_.output_buffer());
+    if (!float_scene_ && !host_.import_state(state))
+        throw Error("plug-in refused its own state at frame " + std::to_string(frame));
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [this] { return queue_.size() < kQueueDepth || failure_; });
+    if (failure_) std::rethrow_exception(failure_);
+    job.sequence = submitted_++;
+    queue_.push_back(std::move(job));
+    changed_.notify_all();
+}
+
+void PlateOutput::finish() {
+    if (!active_) return;
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return (queue_.empty() && writing_ == 0) || failure_; });
+    }
+    flush_notes();
+    throw_failure();
+}
+
+void PlateOutput::throw_failure() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (failure_) std::rethrow_exception(failure_);
+}
+
+void PlateOutput::flush_notes() {
+    std::vector<std::string> notes;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        notes.swap(pending_notes_);
+    }
+    for (const std::string &note : notes) notes_(note);
+}
+
+void PlateOutput::work() {
+    for (;;) {
+        Job job;
+        {
+            std::unique_lock<std::mutex> lock(mutex_);
+            changed_.wait(lock, [this] { return !queue_.empty() || closing_; });
+            if (queue_.empty()) return;
+            job = std::move(queue_.front());
+            queue_.pop_front();
+            ++writing_;
+        }
+        changed_.notify_all();
+        try {
+            write_frame(job);
+        } catch (...) {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (!failure_) failure_ = std::current_exception();
+        }
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            --writing_;
+            spare_.push_back(std::move(job.over_black));
+            spare_.push_back(std::move(job.over_grey));
+            // A failed frame still takes its turn, so later ones never wait for it.
+            if (committed_ == job.sequence) ++committed_;
+        }
+        changed_.notify_all();
+    }
+}
+
+void PlateOutput::write_frame(const Job &job) {
+    const PlateOptions &plates = options_.plates;
+    sparkhost::PlateImage layer = sparkhost::layer_from_renders(job.over_black, job.over_grey);
+    if (to_scene_) sparkhost::convert_layer(layer, *to_scene_);
+    std::unique_ptr<sparkhost::AtomicFile> layer_file, output_file;
+    if (!plates.layer.empty()) {
+        // Rounded as the file will hold it, so the output is exactly the
+        // written layer over the plate.
+        sparkhost::round_to_type(layer.pixels.data(), layer.pixels.size(), plates.layer_type);
+        const std::string path = layer_.path(job.number);
+        layer_file = std::make_unique<sparkhost::AtomicFile>(path);
+        sparkhost::write_plate(*layer_file, layer, plates.layer_type, sparkhost::default_compression(path));
+    }
+    if (float_scene_) {
+        const std::string plate_path = scene_.path(scene_.is_sequence() ? job.number : 0);
+        sparkhost::PlateImage plate;
+        try {
+            if (!scene_.is_sequence()) {
+                // A still plate is read once; each frame composites over a copy.
+                std::lock_guard<std::mutex> lock(still_mutex_);
+                if (!still_plate_) still_plate_ = std::make_shared<sparkhost::PlateImage>(sparkhost::read_plate(plate_path));
+                plate = *still_plate_;
+            } else {
+                plate = sparkhost::read_plate(plate_path);
+            }
+        } catch (const Error &error) {
+            throw Error(std::string("scene input: ") + error.what());
+        }
+        const std::size_t non_finite = sparkhost::composite_over(layer, plate);
+        if (non_finite) {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (!warned_non_finite_)
+                pending_notes_.push_back("scene '" + plate_path + "' holds " + std::to_string(non_finite) +
+                                         " NaN or infinite values: kept where no bubble falls, carried through "
+                                         "the over operation under bubbles");
+            warned_non_finite_ = true;
+        }
+        const std::string path = output_.path(job.number);
+        output_file = std::make_unique<sparkhost::AtomicFile>(path);
+        sparkhost::write_plate(*output_file, plate, scene_type_,
+                               options_.compression.empty() ? sparkhost::default_compression(path) : options_.compression);
+    }
+    // Files appear in frame order, as from a single writer.
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait(lock, [this, &job] { return committed_ == job.sequence || failure_; });
+    if (failure_) return;
+    if (layer_file) layer_file->commit();
+    if (output_file) output_file->commit();
+}

@@ -1,0 +1,136 @@
+// The bubbles layer: recovered from two renders, converted, composited.
+#include "sparkhost/bubble_layer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "sparkhost/error.h"
+
+namespace sparkhost {
+
+namespace {
+
+bool empty_pixel(const float *pixel) {
+    return pixel[0] == 0.0f && pixel[1] == 0.0f && pixel[2] == 0.0f && pixel[3] == 0.0f;
+}
+
+}  // namespace
+
+int layer_grey_level(Depth depth) { return depth == Depth::Bits12 ? 1024 : 64; }
+
+Frame constant_frame(const FrameFormat &format, int level) {
+    Frame frame(format);
+    if (level == 0) return frame;
+    if (format.depth == Depth::Bits8) {
+        std::fill(frame.bytes().begin(), frame.bytes().end(), uint8_t(level));
+        return frame;
+    }
+    for (int y = 0; y < format.height; ++y)
+        for (int x = 0; x < format.width; ++x)
+            for (int c = 0; c < 3; ++c) frame.set_value(x, y, c, level);
+    return frame;
+}
+
+namespace {
+
+// Channel c of pixel x of a host row: a byte, or a word's top 12 bits.
+inline int level_at(const uint8_t *row, int x, int c, bool twelve) {
+    if (!twelve) return row[3 * x + c];
+    uint16_t word;
+    std::memcpy(&word, row + 6 * x + 2 * c, 2);
+    return word >> 4;
+}
+
+}  // namespace
+
+PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey) {
+    const FrameFormat &format = over_black.format();
+    if (over_grey.format() != format) throw Error("layer renders differ in format");
+    PlateImage layer(format.width, format.height, 4);
+    const bool twelve = format.depth == Depth::Bits12;
+    const int top = format.max_value();
+    const int grey = layer_grey_level(format.depth);
+    const float scale = 1.0f / float(top);
+    for (int file_row = 0; file_row < format.height; ++file_row) {
+        const int y = format.height - 1 - file_row;
+        const uint8_t *black_row = over_black.row(y);
+        const uint8_t *grey_row = over_grey.row(y);
+        float *out = layer.row(file_row);
+        for (int x = 0; x < format.width; ++x, out += 4) {
+            int black[3], over[3];
+            for (int c = 0; c < 3; ++c) {
+                black[c] = level_at(black_row, x, c, twelve);
+                over[c] = level_at(grey_row, x, c, twelve);
+            }
+            // No bubble: the layer stays 0, as it was made.
+            if ((black[0] | black[1] | black[2]) == 0 && over[0] == grey && over[1] == grey && over[2] == grey)
+                continue;
+            // The grey that came through, in levels: summed over the
+            // channels that did not clamp, else the most any channel shows.
+            int passed = 0, channels = 0, most = 0;
+            for (int c = 0; c < 3; ++c) {
+                most = std::max(most, over[c] - black[c]);
+                if (over[c] < top) {
+                    passed += over[c] - black[c];
+                    ++channels;
+                }
+                out[c] = float(black[c]) * scale;
+            }
+            const float through = channels ? float(passed) / float(channels * grey) : float(most) / float(grey);
+            out[3] = 1.0f - std::clamp(through, 0.0f, 1.0f);
+        }
+    }
+    return layer;
+}
+
+void convert_layer(PlateImage &layer, const ColourConversion &conversion) {
+    if (conversion.identity()) return;
+    if (layer.channels != 4) throw Error("a layer has four channels");
+    for (int y = 0; y < layer.height; ++y) {
+        float *row = layer.row(y);
+        // Runs of pixels with something in them go to the conversion
+        // together: most of a frame is empty and stays exactly 0.
+        int x = 0;
+        while (x < layer.width) {
+            if (empty_pixel(row + 4 * x)) {
+                ++x;
+                continue;
+            }
+            const int first = x;
+            while (x < layer.width && !empty_pixel(row + 4 * x)) {
+                float *pixel = row + 4 * x;
+                if (pixel[3] > 0.0f)
+                    for (int c = 0; c < 3; ++c) pixel[c] /= pixel[3];
+                ++x;
+            }
+            conversion.apply(row + 4 * first, std::size_t(x - first), 4);
+            for (int at = first; at < x; ++at) {
+                float *pixel = row + 4 * at;
+                if (pixel[3] > 0.0f)
+                    for (int c = 0; c < 3; ++c) pixel[c] *= pixel[3];
+            }
+        }
+    }
+}
+
+std::size_t composite_over(const PlateImage &layer, PlateImage &plate) {
+    if (layer.width != plate.width || layer.height != plate.height || layer.channels != 4)
+        throw Error("the layer is " + std::to_string(layer.width) + "x" + std::to_string(layer.height) +
+                    " but the plate " + std::to_string(plate.width) + "x" + std::to_string(plate.height));
+    const int channels = plate.channels;
+    const int blended = std::min(channels, 4);
+    std::size_t non_finite = 0;
+    const std::size_t count = std::size_t(plate.width) * std::size_t(plate.height);
+    const float *over = layer.pixels.data();
+    float *under = plate.pixels.data();
+    for (std::size_t i = 0; i < count; ++i, over += 4, under += channels) {
+        for (int c = 0; c < channels; ++c) non_finite += !std::isfinite(under[c]);
+        if (empty_pixel(over)) continue;
+        const float through = 1.0f - over[3];
+        for (int c = 0; c < blended; ++c) under[c] = over[c] + under[c] * through;
+    }
+    return non_finite;
+}
+
+}  // namespace sparkhost

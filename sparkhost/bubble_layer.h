@@ -1,0 +1,44 @@
+// The bubbles as a layer of their own. The effect composites every bubble
+// pixel over the scene by an over operation whose weights do not depend on
+// the scene: out = colour + scene × (1 − coverage), plus clamping and
+// truncation. Rendered from one simulation state over black and over a
+// constant grey, the frame therefore gives the layer: the render over black
+// is the premultiplied colour, what the grey adds is the transparency. Grey
+// rather than white, because bubbles add light (highlights, reflections)
+// beyond their coverage, and over white that clamps and hides the coverage.
+#pragma once
+
+#include <cstddef>
+
+#include "sparkhost/frame.h"
+#include "sparkhost/plate_io.h"
+
+namespace sparkhost {
+
+// The grey the layer is measured over, in the depth's levels: a quarter of
+// full scale, so light added by a bubble clamps only above 0.75.
+int layer_grey_level(Depth depth);
+
+// A frame of one value in every channel, in the depth's levels.
+Frame constant_frame(const FrameFormat &format, int level);
+
+// Premultiplied RGBA, top row first, from the same frame rendered over black
+// and over layer_grey_level (host frames, bottom row first). Coverage is the
+// same in the three channels, so it is averaged over those that did not
+// clamp over the grey. Where no bubble falls the layer is exactly 0 in all
+// four channels.
+PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey);
+
+// Converts a premultiplied layer's colours (un-premultiplied first, then
+// premultiplied again); empty pixels stay exactly 0, and a pixel with colour
+// but no coverage (pure added light) is converted as it is.
+void convert_layer(PlateImage &layer, const ColourConversion &conversion);
+
+// `layer` over `plate`, in place, in float: colour + plate × (1 − alpha) for
+// the three colours, and for a plate's alpha alike. Where the layer is empty
+// the plate keeps its bits (NaN, infinity and −0 included); under a bubble a
+// non-finite plate value goes through the arithmetic as it is. Returns how
+// many plate samples are not finite. Layer and plate have the same size.
+std::size_t composite_over(const PlateImage &layer, PlateImage &plate);
+
+}  // namespace sparkhost

@@ -1,0 +1,146 @@
+// Float plates, colour conversions and the bubbles layer's arithmetic.
+#include "sparkhost/plate_io.h"
+
+#include <OpenImageIO/imagebuf.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+
+#include "sparkhost/bubble_layer.h"
+#include "sparkhost/error.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using sparkhost::PlateImage;
+
+std::string output_path(const std::string &name) {
+    fs::create_directories(FIZZLE_TEST_OUTPUT);
+    return (fs::path(FIZZLE_TEST_OUTPUT) / name).string();
+}
+
+uint32_t bits(float value) {
+    uint32_t out;
+    std::memcpy(&out, &value, 4);
+    return out;
+}
+
+std::string config_path() { return std::string(FIZZLE_TEST_DATA) + "/scene_linear.ocio"; }
+
+}  // namespace
+
+TEST(PlateFiles, FloatSamplesComeBackBitForBitNegativesHugeValuesAndNonFiniteIncluded) {
+    PlateImage image(4, 2, 3);
+    const float values[] = {-0.05f, 16.0f, 0.18f, -0.0f, 65504.0f, 1e-8f, std::numeric_limits<float>::infinity(),
+                            std::numeric_limits<float>::quiet_NaN()};
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) image.pixels[i] = values[i % 8];
+    const std::string path = output_path("plate_bits.exr");
+    sparkhost::AtomicFile file(path);
+    sparkhost::write_plate(file, image, sparkhost::SampleType::Float, "piz");
+    file.commit();
+    const sparkhost::PlateInfo info = sparkhost::probe_plate(path);
+    EXPECT_TRUE(info.is_float());
+    EXPECT_EQ(info.width, 4);
+    const PlateImage back = sparkhost::read_plate(path);
+    ASSERT_EQ(back.pixels.size(), image.pixels.size());
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) EXPECT_EQ(bits(back.pixels[i]), bits(image.pixels[i])) << i;
+}
+
+TEST(ColourConfig, WorkingSpaceConversionAgreesWithOcioconvert) {
+    // Scene-linear values through the sRGB curve and back, on both sides
+    // of its linear toe and above 1.
+    PlateImage image(8, 1, 3);
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) image.pixels[i] = float(i) * float(i) / 180.0f;
+    const std::string in = output_path("ocio_in.exr"), reference = output_path("ocio_reference.exr");
+    sparkhost::AtomicFile file(in);
+    sparkhost::write_plate(file, image, sparkhost::SampleType::Float, "");
+    file.commit();
+    const std::string command = "OCIO='" + config_path() + "' ocioconvert '" + in + "' lin_rec709 '" + reference +
+                                "' sRGB >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    const PlateImage expected = sparkhost::read_plate(reference);
+
+    auto config = sparkhost::open_colour_config(config_path());
+    auto to_working = config->conversion("lin_rec709", "sRGB");
+    EXPECT_FALSE(to_working->identity());
+    PlateImage converted = image;
+    to_working->apply(converted.pixels.data(), 8, 3);
+    ASSERT_EQ(expected.pixels.size(), converted.pixels.size());
+    for (std::size_t i = 0; i < converted.pixels.size(); ++i)
+        EXPECT_NEAR(converted.pixels[i], expected.pixels[i], 1e-5 * std::max(1.0f, expected.pixels[i])) << i;
+    config->conversion("sRGB", "lin_rec709")->apply(converted.pixels.data(), 8, 3);
+    for (std::size_t i = 0; i < converted.pixels.size(); ++i)
+        EXPECT_NEAR(converted.pixels[i], image.pixels[i], 1e-5 * std::max(1.0f, image.pixels[i])) << i;
+}
+
+TEST(ColourConfig, UnknownSpacesAndUnreadableConfigsAreOneLineErrorsNamingWhatThereIs) {
+    auto config = sparkhost::open_colour_config(config_path());
+    try {
+        config->conversion("ACEScg", "sRGB");
+        FAIL();
+    } catch (const sparkhost::Error &error) {
+        const std::string text = error.what();
+        EXPECT_NE(text.find("'ACEScg'"), std::string::npos) << text;
+        EXPECT_NE(text.find("lin_rec709, sRGB, raw"), std::string::npos) << text;
+        EXPECT_EQ(text.find('\n'), std::string::npos);
+    }
+    EXPECT_NO_THROW(config->conversion("srgb", "LIN_REC709"));  // names are not case-sensitive
+    EXPECT_EQ(config->role("scene_linear"), "lin_rec709");
+    EXPECT_THROW(sparkhost::open_colour_config(output_path("no_such.ocio")), sparkhost::Error);
+}
+
+TEST(BubbleLayer, RendersOverBlackAndGreyGiveColourAndCoverage) {
+    const sparkhost::FrameFormat format{3, 2, sparkhost::Depth::Bits12};
+    const int grey = sparkhost::layer_grey_level(format.depth);
+    sparkhost::Frame black = sparkhost::constant_frame(format, 0);
+    sparkhost::Frame over_grey = sparkhost::constant_frame(format, grey);
+    // Bottom-left: colour at coverage 0.5, red clamped over the grey so only
+    // green and blue tell the coverage; top-right: light added with no coverage.
+    for (int c = 0; c < 3; ++c) {
+        black.set_value(0, 0, c, c == 0 ? 4000 : 1024);
+        over_grey.set_value(0, 0, c, c == 0 ? 4095 : 1024 + grey / 2);
+        black.set_value(2, 1, c, 100);
+        over_grey.set_value(2, 1, c, 100 + grey);
+    }
+    const PlateImage layer = sparkhost::layer_from_renders(black, over_grey);
+    const float *bottom_left = layer.row(1);
+    EXPECT_FLOAT_EQ(bottom_left[0], 4000.0f / 4095.0f);
+    EXPECT_FLOAT_EQ(bottom_left[3], 0.5f);
+    const float *top_right = layer.row(0) + 8;
+    EXPECT_FLOAT_EQ(top_right[3], 0.0f);
+    EXPECT_FLOAT_EQ(top_right[1], 100.0f / 4095.0f);
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(bits(layer.row(0)[c]), 0u);
+}
+
+TEST(BubbleLayer, OverKeepsThePlatesBitsWhereTheLayerIsEmptyAndCountsNonFiniteValues) {
+    PlateImage layer(2, 1, 4), plate(2, 1, 4);
+    const float plate_values[] = {-0.0f, std::numeric_limits<float>::quiet_NaN(), 16.0f, 0.5f,
+                                  -0.05f, 2.0f, std::numeric_limits<float>::infinity(), 1.0f};
+    std::copy(std::begin(plate_values), std::end(plate_values), plate.pixels.begin());
+    const float layer_values[] = {0, 0, 0, 0, 0.25f, 0.5f, 0.125f, 0.5f};
+    std::copy(std::begin(layer_values), std::end(layer_values), layer.pixels.begin());
+    EXPECT_EQ(sparkhost::composite_over(layer, plate), 2u);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(bits(plate.pixels[i]), bits(plate_values[i])) << i;
+    EXPECT_FLOAT_EQ(plate.pixels[4], 0.25f - 0.025f);
+    EXPECT_FLOAT_EQ(plate.pixels[5], 1.5f);
+    EXPECT_EQ(plate.pixels[6], std::numeric_limits<float>::infinity());
+    EXPECT_FLOAT_EQ(plate.pixels[7], 1.0f);
+}
+
+TEST(BubbleLayer, ConversionKeepsEmptyPixelsAtZeroAndWorksOnStraightColour) {
+    auto config = sparkhost::open_colour_config(config_path());
+    auto to_linear = config->conversion("sRGB", "lin_rec709");
+    PlateImage layer(2, 1, 4);
+    const float values[] = {0, 0, 0, 0, 0.25f, 0.25f, 0.25f, 0.5f};
+    std::copy(std::begin(values), std::end(values), layer.pixels.begin());
+    sparkhost::convert_layer(layer, *to_linear);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(bits(layer.pixels[i]), 0u);
+    float straight[3] = {0.5f, 0.5f, 0.5f};
+    to_linear->apply(straight, 1, 3);
+    EXPECT_NEAR(layer.pixels[4], straight[0] * 0.5f, 1e-6);
+    EXPECT_FLOAT_EQ(layer.pixels[7], 0.5f);
+}
