@@ -2,9 +2,11 @@
 // messages out.
 #include "session.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
+#include "apps/fizzle-render/checkpoints.h"
 #include "apps/fizzle-render/control_options.h"
 #include "apps/fizzle-render/host_setup.h"
 #include "page_json.h"
@@ -26,6 +28,9 @@ constexpr size_t kKeptMessages = 200;
 constexpr size_t kRecentPictures = 4;
 // A question nobody answers is answered "no", so the plug-in is never held forever.
 constexpr auto kQuestionTimeout = std::chrono::minutes(10);
+// States of earlier settings kept for undo: a few runs, within this budget.
+constexpr size_t kShelvedRuns = 8;
+constexpr size_t kShelvedBytes = size_t(256) << 20;
 
 const char *kind_text(sparkhost::Message::Kind kind) {
     switch (kind) {
@@ -59,6 +64,7 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     // The shot starts at frame 1 whatever part of it the timeline shows, as
     // fizzle-render's does, so frame N here is frame N of a render.
     clean_ = true;
+    states_key_ = run_key();
     for (int earlier = 1; earlier < first; ++earlier) {
         if (host_->can_simulate()) host_->simulate(earlier);
         else process_to(earlier);
@@ -144,9 +150,47 @@ void Session::process_to(int frame) {
 }
 
 void Session::settings_changed() {
-    states_.clear();
+    states_stale_ = true;
     disk_->forget_key();
     clean_ = false;
+}
+
+std::string Session::run_key() {
+    std::string key;
+    try {
+        key = setup_text(*host_);
+    } catch (const std::exception &) {
+        // Without the setup's text no kept run can be matched: a key of its own.
+        static uint64_t unmatched = 0;
+        return "unmatched " + std::to_string(++unmatched);
+    }
+    std::lock_guard<std::mutex> state(state_mutex_);
+    return key + "\npreroll " + std::to_string(preroll_) + " range " + std::to_string(first_) + "-" +
+           std::to_string(last_);
+}
+
+void Session::match_states() {
+    if (!states_stale_) return;
+    states_stale_ = false;
+    std::string key = run_key();
+    if (key == states_key_) return;
+    if (states_.size()) shelved_.emplace_front(std::move(states_key_), std::move(states_));
+    states_ = StateCache();
+    for (auto kept = shelved_.begin(); kept != shelved_.end(); ++kept)
+        if (kept->first == key) {
+            states_ = std::move(kept->second);
+            shelved_.erase(kept);
+            break;
+        }
+    states_key_ = std::move(key);
+    size_t bytes = 0, runs = 0;
+    for (auto kept = shelved_.begin(); kept != shelved_.end(); ++kept, ++runs) {
+        bytes += kept->second.bytes();
+        if (runs >= kShelvedRuns || bytes > kShelvedBytes) {
+            shelved_.erase(kept, shelved_.end());
+            break;
+        }
+    }
 }
 
 void Session::keep_state(int frame, int first, int last) {
@@ -160,10 +204,15 @@ void Session::restart_bubbles() {
     host_->press_control(preroll_ ? "Restart+PreRoll" : "Restart");
 }
 
-json Session::after_change(const std::optional<sparkhost::Frame> &frame) {
-    if (frame) show(*frame);
-    else changed();
+json Session::show_again() {
+    int frame;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        frame = frame_;
+    }
+    move_to(frame);
     std::lock_guard<std::mutex> lock(state_mutex_);
+    ++version_;
     return {{"version", version_}, {"picture", picture_.version}};
 }
 
@@ -187,7 +236,8 @@ json Session::set_value(int number, const std::string &text) {
             const std::string problem = target.check_text(text);
             if (!problem.empty()) throw RequestError(problem);
             target.set_text(text);
-            return after_change(host_->press_control(number));
+            host_->press_control(number);
+            return show_again();
         }
         const double value = parse_control_value(target, text, target.name());
         if (sparkhost::curve_of(number)) {
@@ -198,7 +248,13 @@ json Session::set_value(int number, const std::string &text) {
             }
             sparkhost::set_curve_key(number, float(frame - 1), float(value));
         }
-        return after_change(host_->set_control(number, value));
+        {
+            // The frame a callback would render is thrown away: not rendering it saves the time.
+            std::optional<PreviewPause> pause;
+            if (sparkhost::lower(target.name()) != "auto preview") pause.emplace(host_->controls());
+            host_->set_control(number, value);
+        }
+        return show_again();
     } catch (const sparkhost::Error &error) {
         throw RequestError(error.what());
     } catch (const sparkhost::ControlError &error) {
@@ -213,7 +269,8 @@ json Session::press(int number) {
     if (name == "restart") preroll_ = false;
     if (name == "restart+preroll") preroll_ = true;
     settings_changed();
-    return after_change(host_->press_control(number));
+    host_->press_control(number);
+    return show_again();
 }
 
 json Session::pen(float x, float y, float pressure, float zoom) {
@@ -224,9 +281,11 @@ json Session::pen(float x, float y, float pressure, float zoom) {
         throw RequestError(error.what());
     }
     const sparkhost::PenOutcome outcome = viewer_->pen(x, y, pressure);
-    if (outcome.frame || !outcome.updates.empty()) settings_changed();
-    if (outcome.frame) show(*outcome.frame);
-    else if (!outcome.updates.empty()) changed();
+    // The picture follows a drag at every sample that moved something.
+    if (outcome.frame || !outcome.updates.empty()) {
+        settings_changed();
+        show_again();
+    }
     json answer = {{"overlay", overlay_json(viewer_->draw())}, {"updates", outcome.updates}};
     std::lock_guard<std::mutex> state(state_mutex_);
     if (outcome.cursor()) cursor_ = outcome.cursor();
@@ -248,6 +307,22 @@ json Session::overlay(float zoom) {
 
 json Session::go_to(int frame) {
     auto lock = plugin_lock();
+    int first, last;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        first = first_;
+        last = last_;
+    }
+    if (frame < first || frame > last)
+        throw RequestError("frame " + std::to_string(frame) + " is outside the range " + std::to_string(first) + "-" +
+                           std::to_string(last));
+    const int start = move_to(frame);
+    std::lock_guard<std::mutex> state(state_mutex_);
+    ++version_;
+    return {{"version", version_}, {"picture", picture_.version}, {"frame", frame_}, {"from", start + 1}};
+}
+
+int Session::move_to(int frame) {
     int from, first, last;
     {
         std::lock_guard<std::mutex> state(state_mutex_);
@@ -255,14 +330,12 @@ json Session::go_to(int frame) {
         first = first_;
         last = last_;
     }
-    if (frame < first || frame > last)
-        throw RequestError("frame " + std::to_string(frame) + " is outside the range " + std::to_string(first) + "-" +
-                           std::to_string(last));
-    // The state to go on from: the live one going forwards, otherwise a
-    // restart at the shot's first frame; a kept state between that and the
-    // frame beats both.
-    int start = frame > from ? from : 0;
-    bool restart = frame <= from;
+    match_states();
+    // The state to go on from: the live one going forwards when it is that
+    // of a run from the first frame, otherwise a restart at the shot's
+    // first frame; a kept state between that and the frame beats both.
+    int start = clean_ && frame > from ? from : 0;
+    bool restart = start == 0;
     auto kept = states_.nearest(frame - 1);
     const int in_memory = kept && kept->first > start ? kept->first : start;
     // A checkpoint on the way that failed its checks may leave an older one
@@ -312,8 +385,7 @@ json Session::go_to(int frame) {
     }
     std::lock_guard<std::mutex> state(state_mutex_);
     busy_.clear();
-    ++version_;
-    return {{"version", version_}, {"picture", picture_.version}, {"frame", frame_}, {"from", start + 1}};
+    return start;
 }
 
 json Session::set_range(int first, int last) {
@@ -322,11 +394,17 @@ json Session::set_range(int first, int last) {
         throw RequestError("the range must run from frame 1 or later to a frame not before it");
     host_->settings().total_frames = uint32_t(last);
     settings_changed();
+    int frame;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        first_ = first;
+        last_ = last;
+        frame = std::clamp(frame_, first, last);
+    }
+    move_to(frame);
     std::lock_guard<std::mutex> state(state_mutex_);
-    first_ = first;
-    last_ = last;
     ++version_;
-    return {{"version", version_}};
+    return {{"version", version_}, {"picture", picture_.version}};
 }
 
 json Session::set_key(int number) {
@@ -341,8 +419,9 @@ json Session::set_key(int number) {
     // Curves count frames as the info record does, one less than the user.
     sparkhost::set_curve_key(number, float(frame - 1), float(target.value()));
     settings_changed();
-    changed();
-    return {{"ok", true}};
+    json answer = show_again();
+    answer["ok"] = true;
+    return answer;
 }
 
 json Session::clear_keys(int number) {
@@ -350,8 +429,9 @@ json Session::clear_keys(int number) {
     control(number);
     sparkhost::remove_curve(number);
     settings_changed();
-    changed();
-    return {{"ok", true}};
+    json answer = show_again();
+    answer["ok"] = true;
+    return answer;
 }
 
 json Session::channel_editor() {
@@ -386,7 +466,7 @@ void Session::load_setup(const std::string &path) {
     } catch (const std::exception &error) {
         throw RequestError(error.what());
     }
-    changed();
+    show_again();
 }
 
 void Session::save_setup(const std::string &path) {
@@ -406,15 +486,14 @@ json Session::import_amplitude(const std::optional<std::string> &path) {
     settings_changed();
     host_->settings().browser_answer = path.value_or("");
     const size_t browses = host_->events().browses.size();
-    std::optional<sparkhost::Frame> frame;
     try {
-        frame = host_->press_control(button->number());
+        host_->press_control(button->number());
     } catch (...) {
         host_->settings().browser_answer.clear();
         throw;
     }
     host_->settings().browser_answer.clear();
-    json answer = after_change(frame);
+    json answer = show_again();
     const auto &asked = host_->events().browses;
     if (asked.size() > browses) {
         answer["directory"] = asked.back().directory;

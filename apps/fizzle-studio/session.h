@@ -47,13 +47,15 @@ public:
     nlohmann::json controls();
     // The value as a user would type it (see parse_control_value) or a string
     // control's text. An animated control also gets a key at the current frame.
+    // After this and every other change the frame shown is made again as
+    // fizzle-render makes it with the settings now in force.
     nlohmann::json set_value(int number, const std::string &text);
     nlohmann::json press(int number);
     nlohmann::json pen(float x, float y, float pressure, float zoom);
     nlohmann::json overlay(float zoom);
     // Forwards: the bubbles go on from the frame shown; backwards: they
     // restart from the first frame. Either way they start instead from the
-    // nearest state kept since the last change (or on disk, with --cache)
+    // nearest state kept for these settings (or on disk, with --cache)
     // when that is closer, and
     // frames on the way are only simulated, so frame N shows what a render
     // of frames first..N would.
@@ -98,11 +100,20 @@ private:
     void changed();
     void process_to(int frame);
     void restart_bubbles();
+    // Shows `frame` as a render from the shot's first frame would; returns
+    // the first frame run to get there.
+    int move_to(int frame);
+    // Frame N again after a change: the frame-cycle render a callback made
+    // (Auto Preview) advanced the bubbles, so it is never what is shown.
+    nlohmann::json show_again();
+    // The kept states that belong to the settings now in force: those of
+    // earlier settings are shelved, so that an undo finds its states again.
+    void match_states();
+    std::string run_key();
     // Anything the bubbles depend on changed: kept states no longer hold,
     // and the live one is no longer that of a render from the first frame.
     void settings_changed();
     void keep_state(int frame, int first, int last);
-    nlohmann::json after_change(const std::optional<sparkhost::Frame> &frame);
     sparkhost::Control &control(int number);
 
     RenderOptions options_;
@@ -112,6 +123,9 @@ private:
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
     StateCache states_;
+    std::string states_key_;     // the run states_ belongs to
+    bool states_stale_ = false;  // settings changed since states_key_ was made
+    std::deque<std::pair<std::string, StateCache>> shelved_;  // newest first
     std::unique_ptr<DiskStates> disk_;
     bool clean_ = false;  // the live state is that of an uninterrupted run from first_
 

@@ -89,6 +89,42 @@ TEST_F(StudioTimeline, AChangeMakesEarlierStatesUselessSoJumpsUseTheNewSettings)
     EXPECT_EQ(again, step_through(21).at(21));
 }
 
+std::string value_of(Session &session, int number) {
+    const nlohmann::json listed = session.controls();
+    for (const auto &control : listed["controls"])
+        if (control["number"] == number) return control["value"].dump();
+    return {};
+}
+
+TEST_F(StudioTimeline, AfterAChangeAndItsUndoTheFrameShownIsThatFrameOfARunWithTheSettingsInForce) {
+    const auto before = step_through(20);
+    const int light = control_number(*session_, "Light Inten");
+    const int density = control_number(*session_, "Density");
+    const std::string light_was = value_of(*session_, light), density_was = value_of(*session_, density);
+    // A look-only control and one the bubbles' run depends on: neither
+    // advances the bubbles, both show frame 20 as a run with them makes it.
+    for (const auto &[number, value] : {std::pair{light, std::string("150")}, std::pair{density, std::string("90")}}) {
+        const std::string was = value_of(*session_, number);
+        session_->set_value(number, value);
+        EXPECT_EQ(session_->state(0)["frame"], 20);
+        const std::vector<uint8_t> changed = *session_->picture().rgb;
+        EXPECT_NE(changed, before.at(20)) << "control " << number;
+        session_->set_value(number, was);
+        EXPECT_EQ(*session_->picture().rgb, before.at(20)) << "undoing control " << number;
+        session_->set_value(number, value);
+        EXPECT_EQ(*session_->picture().rgb, changed) << "redoing control " << number;
+        EXPECT_EQ(step_through(20).at(20), changed) << "control " << number;
+        session_->set_value(number, was);
+    }
+    EXPECT_EQ(value_of(*session_, light), light_was);
+    EXPECT_EQ(value_of(*session_, density), density_was);
+    // The states of the settings before the change serve again after its undo.
+    session_->set_value(density, "90");
+    session_->set_value(density, density_was);
+    EXPECT_GE(session_->go_to(19)["from"].get<int>(), 11);
+    EXPECT_EQ(*session_->picture().rgb, before.at(19));
+}
+
 TEST_F(StudioTimeline, CheckpointsOnDiskServeTheSameSettingsAgainAfterAChangeWasUndone) {
     const auto sequential = step_through(30);
     const int density = control_number(*session_, "Density");
