@@ -10,6 +10,7 @@
 #include <httplib.h>
 
 #include "command_line.h"
+#include "make_folders.h"
 #include "picture_delta.h"
 #include "sparkhost/error.h"
 
@@ -332,6 +333,9 @@ void StudioServer::routes() {
         const std::string setup = work_path(work_, body, "setup");
         const std::string output = field<std::string>(body, "output");
         work_path(work_, body, "output");
+        // The command must run as handed out: the folders it writes to exist.
+        for (const std::string &name : {field<std::string>(body, "setup"), output})
+            if (std::string problem = make_folders_for(work_, name); !problem.empty()) throw RequestError(problem);
         std::vector<std::string> words = {work_.relative(paths_.render_program)};
         for (std::string &word : session_.render_arguments(setup, work_.relative(setup), output,
                                                            field<int>(body, "first"), field<int>(body, "last")))
@@ -341,6 +345,8 @@ void StudioServer::routes() {
     server.Post("/api/render", guarded([this](const httplib::Request &request, httplib::Response &response) {
         const json body = body_of(request);
         const std::string output = work_path(work_, body, "output");
+        if (std::string problem = make_folders_for(work_, field<std::string>(body, "output")); !problem.empty())
+            throw RequestError(problem);
         const int first = field<int>(body, "first"), last = field<int>(body, "last");
         if (first < 1 || last < first) throw RequestError("the frames to render must run from 1 or later, forwards");
         // The setup rides along beside the frames, so the render can be repeated.
