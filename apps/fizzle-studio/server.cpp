@@ -281,7 +281,14 @@ void StudioServer::routes() {
         else if (value.is_number()) text = value.dump();
         else if (value.is_boolean()) text = value.get<bool>() ? "on" : "off";
         else throw RequestError("\"value\" must be a number, a switch or a text");
-        send_json(response, session_.set_value(field<int>(body, "number"), text));
+        const bool step = body.contains("step") ? field<bool>(body, "step") : true;
+        send_json(response, session_.set_value(field<int>(body, "number"), text, step));
+    }));
+    server.Post("/api/undo", guarded([this](const httplib::Request &, httplib::Response &response) {
+        send_json(response, session_.undo());
+    }));
+    server.Post("/api/redo", guarded([this](const httplib::Request &, httplib::Response &response) {
+        send_json(response, session_.redo());
     }));
     server.Post("/api/press", guarded([this](const httplib::Request &request, httplib::Response &response) {
         send_json(response, session_.press(field<int>(body_of(request), "number")));

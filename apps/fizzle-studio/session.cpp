@@ -213,7 +213,30 @@ json Session::show_again() {
     move_to(frame);
     std::lock_guard<std::mutex> lock(state_mutex_);
     ++version_;
+    undoable_ = history_.undoable();
+    redoable_ = history_.redoable();
     return {{"version", version_}, {"picture", picture_.version}};
+}
+
+void Session::step() { history_.step(settings_of(*host_, preroll_)); }
+
+json Session::undo() { return go_back(true); }
+
+json Session::redo() { return go_back(false); }
+
+json Session::go_back(bool undo) {
+    auto lock = plugin_lock();
+    const ShotSettings now = settings_of(*host_, preroll_);
+    std::optional<ShotSettings> target = undo ? history_.undo(now) : history_.redo(now);
+    if (!target) throw RequestError(undo ? "nothing to undo" : "nothing to redo");
+    settings_changed();
+    preroll_ = target->preroll;
+    try {
+        put_back(*host_, *target);
+    } catch (const std::exception &error) {
+        throw RequestError(std::string(undo ? "cannot undo: " : "cannot redo: ") + error.what());
+    }
+    return show_again();
 }
 
 json Session::controls() {
@@ -227,9 +250,10 @@ json Session::controls() {
     return {{"controls", std::move(list)}, {"pages", std::move(pages)}};
 }
 
-json Session::set_value(int number, const std::string &text) {
+json Session::set_value(int number, const std::string &text, bool step_of_its_own) {
     auto lock = plugin_lock();
     Control &target = control(number);
+    if (step_of_its_own) step();
     settings_changed();
     try {
         if (target.kind() == ControlKind::String) {
@@ -268,6 +292,7 @@ json Session::press(int number) {
     const std::string name = sparkhost::lower(button.name());
     if (name == "restart") preroll_ = false;
     if (name == "restart+preroll") preroll_ = true;
+    step();
     settings_changed();
     host_->press_control(number);
     return show_again();
@@ -280,6 +305,9 @@ json Session::pen(float x, float y, float pressure, float zoom) {
     } catch (const sparkhost::Error &error) {
         throw RequestError(error.what());
     }
+    // A press of the pen starts a step: the whole drag undoes at once.
+    if (pressure > 0 && !pen_down_) step();
+    pen_down_ = pressure > 0;
     const sparkhost::PenOutcome outcome = viewer_->pen(x, y, pressure);
     // The picture follows a drag at every sample that moved something.
     if (outcome.frame || !outcome.updates.empty()) {
@@ -416,6 +444,7 @@ json Session::set_key(int number) {
         std::lock_guard<std::mutex> state(state_mutex_);
         frame = frame_;
     }
+    step();
     // Curves count frames as the info record does, one less than the user.
     sparkhost::set_curve_key(number, float(frame - 1), float(target.value()));
     settings_changed();
@@ -427,6 +456,7 @@ json Session::set_key(int number) {
 json Session::clear_keys(int number) {
     auto lock = plugin_lock();
     control(number);
+    step();
     sparkhost::remove_curve(number);
     settings_changed();
     json answer = show_again();
@@ -460,6 +490,7 @@ json Session::channel_editor() {
 
 void Session::load_setup(const std::string &path) {
     auto lock = plugin_lock();
+    step();
     settings_changed();
     try {
         sparkhost::load_setup(path, host_->controls());
@@ -483,6 +514,7 @@ json Session::import_amplitude(const std::optional<std::string> &path) {
     Control *button = host_->controls().find("Import Amplitude File");
     if (!button || button->kind() != ControlKind::Push)
         throw RequestError("the plug-in has no \"Import Amplitude File\" button");
+    step();
     settings_changed();
     host_->settings().browser_answer = path.value_or("");
     const size_t browses = host_->events().browses.size();
@@ -539,7 +571,8 @@ json Session::state(uint64_t messages_after) {
     }
     json answer = {{"version", version_}, {"picture", picture_.version}, {"frame", frame_},
                    {"first", first_},     {"last", last_},               {"cursor", cursor_},
-                   {"messages", std::move(messages)},                    {"keys", std::move(keys)}};
+                   {"messages", std::move(messages)},                    {"keys", std::move(keys)},
+                   {"undo", undoable_},   {"redo", redoable_}};
     if (!busy_.empty()) answer["busy"] = {{"what", busy_}, {"done", busy_done_}, {"total", busy_total_}};
     if (question_) answer["question"] = {{"id", question_->first}, {"text", question_->second}};
     return answer;

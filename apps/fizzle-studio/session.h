@@ -19,6 +19,7 @@
 #include "sparkhost/host.h"
 #include "sparkhost/viewer.h"
 #include "disk_states.h"
+#include "history.h"
 #include "state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
@@ -49,7 +50,9 @@ public:
     // control's text. An animated control also gets a key at the current frame.
     // After this and every other change the frame shown is made again as
     // fizzle-render makes it with the settings now in force.
-    nlohmann::json set_value(int number, const std::string &text);
+    // step: the value starts a step of its own for undo (false: it goes on
+    // the step of the value before, as a slider's drag does).
+    nlohmann::json set_value(int number, const std::string &text, bool step = true);
     nlohmann::json press(int number);
     nlohmann::json pen(float x, float y, float pressure, float zoom);
     nlohmann::json overlay(float zoom);
@@ -62,6 +65,10 @@ public:
     nlohmann::json go_to(int frame);
     nlohmann::json set_range(int first, int last);
     nlohmann::json set_key(int number);
+    // The settings before the last step (after the last undone one) put
+    // back through the plug-in; a RequestError when there is none.
+    nlohmann::json undo();
+    nlohmann::json redo();
     nlohmann::json clear_keys(int number);
     nlohmann::json channel_editor();
     void load_setup(const std::string &path);
@@ -110,6 +117,9 @@ private:
     // earlier settings are shelved, so that an undo finds its states again.
     void match_states();
     std::string run_key();
+    // Before a change the user makes: the settings it starts from, for undo.
+    void step();
+    nlohmann::json go_back(bool undo);
     // Anything the bubbles depend on changed: kept states no longer hold,
     // and the live one is no longer that of a render from the first frame.
     void settings_changed();
@@ -126,6 +136,8 @@ private:
     std::string states_key_;     // the run states_ belongs to
     bool states_stale_ = false;  // settings changed since states_key_ was made
     std::deque<std::pair<std::string, StateCache>> shelved_;  // newest first
+    History history_;
+    bool pen_down_ = false;
     std::unique_ptr<DiskStates> disk_;
     bool clean_ = false;  // the live state is that of an uninterrupted run from first_
 
@@ -140,6 +152,7 @@ private:
     std::deque<Picture> recent_;
     std::deque<LoggedMessage> messages_;
     uint64_t message_count_ = 0;
+    size_t undoable_ = 0, redoable_ = 0;
     std::optional<std::pair<uint64_t, std::string>> question_;
     uint64_t questions_ = 0;
     std::optional<std::pair<uint64_t, bool>> answer_;
