@@ -311,7 +311,10 @@ void StudioServer::routes() {
         send_json(response, session_.set_key(field<int>(body_of(request), "number")));
     }));
     server.Post("/api/unkey", guarded([this](const httplib::Request &request, httplib::Response &response) {
-        send_json(response, session_.clear_keys(field<int>(body_of(request), "number")));
+        const json body = body_of(request);
+        // With "here": only the key at the frame shown.
+        if (body.contains("here") && field<bool>(body, "here")) send_json(response, session_.remove_key(field<int>(body, "number")));
+        else send_json(response, session_.clear_keys(field<int>(body, "number")));
     }));
     server.Post("/api/confirm", guarded([this](const httplib::Request &request, httplib::Response &response) {
         const json body = body_of(request);

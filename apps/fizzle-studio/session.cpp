@@ -57,6 +57,7 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     host_->load(plugin_path(options));
     viewer_ = std::make_unique<sparkhost::Viewer>(*host_);
     host_->initialise(first);
+    defaults_ = settings_of(*host_, false);
     configure_plugin(*host_, options);
     disk_ = std::make_unique<DiskStates>(*host_, options_, [](const std::string &note) {
         std::fprintf(stderr, "fizzle-studio: %s\n", note.c_str());
@@ -242,8 +243,12 @@ json Session::go_back(bool undo) {
 json Session::controls() {
     auto lock = plugin_lock();
     json list = json::array();
-    for (const Control &item : host_->controls().controls())
-        list.push_back(control_json(item, sparkhost::control_log().enabled(item.number())));
+    for (const Control &item : host_->controls().controls()) {
+        json entry = control_json(item, sparkhost::control_log().enabled(item.number()));
+        if (auto value = defaults_.values.find(item.number()); value != defaults_.values.end())
+            entry["default"] = value->second;
+        list.push_back(std::move(entry));
+    }
     const sparkhost::UiRecord ui = sparkhost::ui_record();
     json pages = json::object();
     for (const auto &[page, title] : ui.page_titles) pages[std::to_string(page)] = title;
@@ -458,6 +463,26 @@ json Session::clear_keys(int number) {
     control(number);
     step();
     sparkhost::remove_curve(number);
+    settings_changed();
+    json answer = show_again();
+    answer["ok"] = true;
+    return answer;
+}
+
+json Session::remove_key(int number) {
+    auto lock = plugin_lock();
+    control(number);
+    int frame;
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        frame = frame_;
+    }
+    std::optional<sparkhost::Curve> curve = sparkhost::curve_of(number);
+    if (!curve || !curve->keys().count(float(frame - 1)))
+        throw RequestError("no key at frame " + std::to_string(frame) + " to remove");
+    step();
+    curve->remove_key(float(frame - 1));
+    sparkhost::set_curve(number, *curve);
     settings_changed();
     json answer = show_again();
     answer["ok"] = true;

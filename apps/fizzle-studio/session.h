@@ -70,6 +70,8 @@ public:
     nlohmann::json undo();
     nlohmann::json redo();
     nlohmann::json clear_keys(int number);
+    // Removes the key at the frame shown only.
+    nlohmann::json remove_key(int number);
     nlohmann::json channel_editor();
     void load_setup(const std::string &path);
     void save_setup(const std::string &path);
@@ -137,6 +139,7 @@ private:
     bool states_stale_ = false;  // settings changed since states_key_ was made
     std::deque<std::pair<std::string, StateCache>> shelved_;  // newest first
     History history_;
+    ShotSettings defaults_;  // as the plug-in starts, before any preset or setup
     bool pen_down_ = false;
     std::unique_ptr<DiskStates> disk_;
     bool clean_ = false;  // the live state is that of an uninterrupted run from first_
