@@ -98,7 +98,8 @@ function settle(entry, value, typed) {
   const { info } = entry;
   if (value === null) {
     notify(`"${typed}" is not a number for "${displayName(info)}"; it stays ${Number(info.value.toFixed(4))}`, 'error');
-    showValue(entry, info);
+    // Put back even while focused: the refused text must not look accepted.
+    entry.inputs.number.value = Number(info.value.toFixed(4));
     return null;
   }
   if (info.kind === 'Int') value = Math.round(value);
@@ -281,7 +282,7 @@ function makeControl(info) {
       field.addEventListener('change', commit);
       field.addEventListener('keydown', (event) => {
         if (event.key === 'Enter') { event.preventDefault(); commit(); return; }
-        if (event.key === 'Escape') { showValue(entry, entry.info); return; }
+        if (event.key === 'Escape') { field.value = Number(entry.info.value.toFixed(4)); return; }
         if (event.key !== 'ArrowUp' && event.key !== 'ArrowDown') return;
         event.preventDefault();
         const scale = event.shiftKey ? 10 : event.ctrlKey ? 0.1 : 1;
