@@ -156,9 +156,13 @@ test('at 1:2 the drawn middle handle is where it is grabbed, and dragging it mov
   assert.ok(squares.some((box) => Math.hypot(box.x - from.x, box.y - from.y) < 2),
     `no handle drawn at ${JSON.stringify(from)}: ${JSON.stringify(squares)}`);
   const leftY = Number(await page.locator('[aria-label="Left Y"]').inputValue());
+  const pictureBefore = Number(await page.locator('#picture').getAttribute('data-version'));
   await page.mouse.move(from.x, from.y);
   await page.mouse.down();
   for (let i = 1; i <= 6; ++i) await page.mouse.move(from.x, from.y - 5 * i);
+  // The picture follows the drag before the release.
+  await page.waitForFunction((v) => Number(document.getElementById('picture').dataset.version) > v, pictureBefore,
+    { timeout: 10000 });
   await page.mouse.up();
   await page.waitForFunction((y) => Math.abs(Number(document.querySelector('[aria-label="Left Y"]').value) - y) > 5,
     leftY, { timeout: 15000 });

@@ -9,7 +9,9 @@ const pictures = { loading: null, wanted: 0 };
 
 export function showPicture(version) {
   pictures.wanted = Math.max(pictures.wanted, version);
-  if (!pictures.loading) {
+  // Only with a picture to fetch: a loader that had nothing to wait for
+  // would finish before it was stored, and stay stored, blocking all others.
+  if (!pictures.loading && view.pictureVersion < pictures.wanted) {
     pictures.loading = (async () => {
       try {
         while (view.pictureVersion < pictures.wanted) if (!(await fetchPicture())) break;
@@ -18,7 +20,7 @@ export function showPicture(version) {
       }
     })();
   }
-  return pictures.loading;
+  return pictures.loading || Promise.resolve();
 }
 
 // Writes the server's RGB bytes, whole or as runs of changed pixels, into

@@ -168,7 +168,8 @@ export function setUpViewer() {
     }
     if (event.button !== 0) return;
     pen.down = true;
-    port.setPointerCapture(event.pointerId);
+    // A pointer the browser does not track (a scripted one) cannot be captured; the drag goes on without.
+    try { port.setPointerCapture(event.pointerId); } catch { /* not captured */ }
     queuePen({ ...sample(imagePoint(event), event.pressure > 0 ? event.pressure : 0.5), press: true });
   });
   port.addEventListener('pointermove', (event) => {
