@@ -282,7 +282,16 @@ void StudioServer::routes() {
         else if (value.is_boolean()) text = value.get<bool>() ? "on" : "off";
         else throw RequestError("\"value\" must be a number, a switch or a text");
         const bool step = body.contains("step") ? field<bool>(body, "step") : true;
-        send_json(response, session_.set_value(field<int>(body, "number"), text, step));
+        json answer = session_.set_value(field<int>(body, "number"), text, step);
+        // The controls' values and, given the page's zoom, the overlay ride
+        // along: a change then costs the page this call and the picture's.
+        answer["listing"] = session_.controls();
+        if (body.contains("zoom")) {
+            const float zoom = finite_field(body, "zoom");
+            if (!(zoom > 0.01f && zoom < 100)) throw RequestError("zoom must be between 0.01 and 100");
+            answer["overlay"] = session_.overlay(zoom)["overlay"];
+        }
+        send_json(response, answer);
     }));
     server.Post("/api/undo", guarded([this](const httplib::Request &, httplib::Response &response) {
         send_json(response, session_.undo());

@@ -213,7 +213,7 @@ test('Space, the arrows, Home and End drive the timeline; arrowing through "Demo
   await page.keyboard.press('Home');
   await waitForFrame(page, 1);
   await page.keyboard.press('Space');
-  await page.waitForFunction(() => Number(document.getElementById('frame-number').value) >= 4);
+  await page.waitForFunction(() => Number(document.getElementById('frame-number').value) >= 8);
   await page.keyboard.press('Space');
   await page.waitForFunction(() => document.getElementById('play').getAttribute('aria-label') === 'Play');
   assert.ok(Number(await page.locator('#fps').getAttribute('data-rate')) <= 27, 'played faster than 25 frames/s');

@@ -24,10 +24,11 @@ let afterAction = async () => {};
 export function onAction(handler) { afterAction = handler; }
 
 // Runs an action, showing its refusal as a notification instead of failing.
-export async function act(path, body) {
+// context goes to the handler with the answer.
+export async function act(path, body, context = {}) {
   try {
     const answer = await call(path, body);
-    await afterAction(answer);
+    await afterAction(answer, context);
     return answer;
   } catch (error) {
     notify(error.message, 'error');

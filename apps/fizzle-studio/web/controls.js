@@ -3,6 +3,7 @@
 import { act, call } from './api.js';
 import { $, view, notify } from './state.js';
 import { chooseFile } from './panels.js';
+import { overlayZoom } from './viewer.js';
 
 // Names the plug-in leaves generic, as a person would say them; the
 // plug-in's own title stays in the tooltip.
@@ -85,7 +86,8 @@ function sender(entry) {
       const next = pending, asStep = step;
       pending = null;
       step = false;
-      await act('/api/set', { number, value: next, step: asStep });
+      const asked = view.edits;
+      await act('/api/set', { number, value: next, step: asStep, zoom: overlayZoom() }, { asked });
     }
     busy = false;
   };
@@ -494,11 +496,14 @@ export function selectTab(page) {
 }
 
 export async function loadControls() {
-  // A listing asked for before the user's latest change of a control shows
-  // its old value: putting that back would undo what the user just did.
   const asked = view.edits;
   const answer = await call('/api/controls').catch(() => null);
-  if (!answer) return;
+  if (answer) showControls(answer, asked);
+}
+
+// A listing asked for before the user's latest change of a control shows
+// its old value: putting that back would undo what the user just did.
+export function showControls(answer, asked) {
   if (view.controls.size !== answer.controls.length) {
     buildControls(answer);
     return;

@@ -3,16 +3,19 @@
 import { call, onAction } from './api.js';
 import { $, view, notify } from './state.js';
 import { showPicture } from './pictures.js';
-import { fetchOverlay, setUpViewer, pen } from './viewer.js';
-import { buildControls, loadControls } from './controls.js';
+import { fetchOverlay, drawOverlay, setUpViewer, pen } from './viewer.js';
+import { buildControls, loadControls, showControls } from './controls.js';
 import { setUpTimeline, showTimeline } from './timeline.js';
 import { setUpPanels, showMessages, showQuestion, showBusy, showRender } from './panels.js';
 import { setUpUndo, showUndo } from './undo.js';
 
-async function refresh(answer = {}) {
+async function refresh(answer = {}, context = {}) {
   // The picture first: on a busy machine the other calls would slow it down.
   if (answer.picture > view.pictureVersion) await showPicture(answer.picture);
-  await Promise.all([loadControls(), fetchOverlay()]);
+  // What came with the answer is not asked for again.
+  if (answer.listing) showControls(answer.listing, context.asked ?? view.edits);
+  if (answer.overlay) drawOverlay(answer.overlay);
+  await Promise.all([answer.listing ? null : loadControls(), answer.overlay ? null : fetchOverlay()]);
   if (answer.version) view.version = Math.max(view.version, answer.version);
 }
 onAction(refresh);

@@ -40,7 +40,7 @@ export async function play() {
   view.playing = true;
   $('play').textContent = '❚❚ Pause';
   $('play').setAttribute('aria-label', 'Pause');
-  let shown = 0;
+  let shown = 0, firstShown = 0;
   const started = performance.now();
   const advance = () => call('/api/goto', { frame: view.frame >= view.last ? view.first : view.frame + 1 })
     .catch((error) => { notify(error.message, 'error'); return null; });
@@ -61,11 +61,14 @@ export async function play() {
     fetchOverlay();
     if (view.playing) next = advance();
     await shownFrame;
-    ++shown;
-    const seconds = (performance.now() - started) / 1000;
-    // Not a live region: a rate read out at every frame would drown everything else.
-    $('fps').textContent = `${(shown / seconds).toFixed(1)} frames/s`;
-    $('fps').dataset.rate = String(shown / seconds);
+    // Frames shown after the first, over the time since it was shown.
+    if (++shown === 1) firstShown = performance.now();
+    const seconds = (performance.now() - firstShown) / 1000;
+    if (shown > 1) {
+      // Not a live region: a rate read out at every frame would drown everything else.
+      $('fps').textContent = `${((shown - 1) / seconds).toFixed(1)} frames/s`;
+      $('fps').dataset.rate = String((shown - 1) / seconds);
+    }
   }
   const last = await next;
   if (last) {
