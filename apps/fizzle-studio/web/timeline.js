@@ -142,7 +142,6 @@ function transportKey(event) {
   const own = target.closest && target.closest('input, select, textarea, [role=tab], [role=menu], dialog');
   const isButton = target.tagName === 'BUTTON';
   if (own || (isButton && (event.key === ' ' || event.key === 'Enter'))) return;
-  if (target.id === 'viewport' && event.key.startsWith('Arrow')) return;
   const actions = {
     ' ': () => play(),
     ArrowRight: () => goTo(view.frame + (event.shiftKey ? 10 : 1)),
