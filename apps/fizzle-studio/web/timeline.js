@@ -41,7 +41,6 @@ export async function play() {
   $('play').textContent = '❚❚ Pause';
   $('play').setAttribute('aria-label', 'Pause');
   let shown = 0, firstShown = 0;
-  const started = performance.now();
   const advance = () => call('/api/goto', { frame: view.frame >= view.last ? view.first : view.frame + 1 })
     .catch((error) => { notify(error.message, 'error'); return null; });
   // The next frame renders while this one travels to the page and is drawn.
@@ -51,8 +50,9 @@ export async function play() {
     if (!answer) break;
     // At the shot's rate each frame waits for its time; as fast as possible, not.
     const rate = Number($('play-rate').value) || 25;
-    if (!$('play-fast').checked) {
-      const due = started + (shown * 1000) / rate;
+    // Each frame is due a frame's time after the one before, counted from the first shown.
+    if (!$('play-fast').checked && shown > 0) {
+      const due = firstShown + (shown * 1000) / rate;
       const wait = due - performance.now();
       if (wait > 0) await new Promise((resolve) => setTimeout(resolve, wait));
     }
