@@ -169,7 +169,17 @@ test('at 1:2 the drawn middle handle is where it is grabbed, and dragging it mov
   await page.waitForTimeout(400);
   const to = await middle();
   assert.ok(Math.abs(to.y - (from.y - 30)) < 4, `emitter at ${to.y}, expected near ${from.y - 30}`);
-  // The drag is one step: one undo puts the emitter back.
+  // The arrow keys move the handle last dragged, a step each.
+  const dragged = Number(await page.locator('[aria-label="Left Y"]').inputValue());
+  await page.locator('#viewport').focus();
+  await page.keyboard.press('Shift+ArrowUp');
+  await page.waitForFunction((y) => Number(document.querySelector('[aria-label="Left Y"]').value) > y + 2,
+    dragged, { timeout: 15000 });
+  assert.equal(await page.locator('#frame-number').inputValue(), '1', 'the arrow stepped the timeline');
+  // The drag is one step, the nudge another: two undos put the emitter back.
+  await page.keyboard.press('Control+z');
+  await page.waitForFunction((y) => Math.abs(Number(document.querySelector('[aria-label="Left Y"]').value) - y) < 0.01,
+    dragged, { timeout: 15000 });
   await page.keyboard.press('Control+z');
   await page.waitForFunction((y) => Math.abs(Number(document.querySelector('[aria-label="Left Y"]').value) - y) < 0.01,
     leftY, { timeout: 15000 });
@@ -260,6 +270,20 @@ test('a field works out arithmetic, clamps a value out of range and says so, and
   await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === v, 20);
   // Put back as the suite found it.
   await api().post('/api/set', { number: 24, value: was });
+  // Dragging a label sideways scrubs its value, a step a pixel.
+  const density = async () => (await (await api().get('/api/controls')).json()).controls.find((c) => c.number === 16).value;
+  const densityWas = await density();
+  const label = await page.locator('.control[data-number="16"] label').boundingBox();
+  await page.mouse.move(label.x + 10, label.y + label.height / 2);
+  await page.mouse.down();
+  for (let i = 1; i <= 6; ++i) await page.mouse.move(label.x + 10 + 5 * i, label.y + label.height / 2);
+  await page.mouse.up();
+  await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json())
+    .controls.find((c) => c.number === 16).value === v, densityWas + 30, { timeout: 15000 });
+  await page.keyboard.press('Control+z');
+  await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json())
+    .controls.find((c) => c.number === 16).value === v, densityWas, { timeout: 15000 });
+  assert.equal(await density(), densityWas);
   // The key button keys this frame and shows it.
   const key = page.getByRole('button', { name: 'Key Density' });
   await key.click();
