@@ -171,11 +171,12 @@ test('at 1:2 the drawn middle handle is where it is grabbed, and dragging it mov
   assert.ok(Math.abs(to.y - (from.y - 30)) < 4, `emitter at ${to.y}, expected near ${from.y - 30}`);
   // The arrow keys move the handle last dragged, a step each.
   const dragged = Number(await page.locator('[aria-label="Left Y"]').inputValue());
+  const frame = await page.locator('#frame-number').inputValue();
   await page.locator('#viewport').focus();
   await page.keyboard.press('Shift+ArrowUp');
   await page.waitForFunction((y) => Number(document.querySelector('[aria-label="Left Y"]').value) > y + 2,
     dragged, { timeout: 15000 });
-  assert.equal(await page.locator('#frame-number').inputValue(), '1', 'the arrow stepped the timeline');
+  assert.equal(await page.locator('#frame-number').inputValue(), frame, 'the arrow stepped the timeline');
   // The drag is one step, the nudge another: two undos put the emitter back.
   await page.keyboard.press('Control+z');
   await page.waitForFunction((y) => Math.abs(Number(document.querySelector('[aria-label="Left Y"]').value) - y) < 0.01,
@@ -283,7 +284,6 @@ test('a field works out arithmetic, clamps a value out of range and says so, and
   await page.keyboard.press('Control+z');
   await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json())
     .controls.find((c) => c.number === 16).value === v, densityWas, { timeout: 15000 });
-  assert.equal(await density(), densityWas);
   // The key button keys this frame and shows it.
   const key = page.getByRole('button', { name: 'Key Density' });
   await key.click();
