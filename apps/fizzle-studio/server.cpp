@@ -10,6 +10,7 @@
 #include <httplib.h>
 
 #include "command_line.h"
+#include "make_folders.h"
 #include "picture_delta.h"
 #include "sparkhost/error.h"
 
@@ -280,7 +281,23 @@ void StudioServer::routes() {
         else if (value.is_number()) text = value.dump();
         else if (value.is_boolean()) text = value.get<bool>() ? "on" : "off";
         else throw RequestError("\"value\" must be a number, a switch or a text");
-        send_json(response, session_.set_value(field<int>(body, "number"), text));
+        const bool step = body.contains("step") ? field<bool>(body, "step") : true;
+        json answer = session_.set_value(field<int>(body, "number"), text, step);
+        // The controls' values and, given the page's zoom, the overlay ride
+        // along: a change then costs the page this call and the picture's.
+        answer["listing"] = session_.controls();
+        if (body.contains("zoom")) {
+            const float zoom = finite_field(body, "zoom");
+            if (!(zoom > 0.01f && zoom < 100)) throw RequestError("zoom must be between 0.01 and 100");
+            answer["overlay"] = session_.overlay(zoom)["overlay"];
+        }
+        send_json(response, answer);
+    }));
+    server.Post("/api/undo", guarded([this](const httplib::Request &, httplib::Response &response) {
+        send_json(response, session_.undo());
+    }));
+    server.Post("/api/redo", guarded([this](const httplib::Request &, httplib::Response &response) {
+        send_json(response, session_.redo());
     }));
     server.Post("/api/press", guarded([this](const httplib::Request &request, httplib::Response &response) {
         send_json(response, session_.press(field<int>(body_of(request), "number")));
@@ -303,7 +320,10 @@ void StudioServer::routes() {
         send_json(response, session_.set_key(field<int>(body_of(request), "number")));
     }));
     server.Post("/api/unkey", guarded([this](const httplib::Request &request, httplib::Response &response) {
-        send_json(response, session_.clear_keys(field<int>(body_of(request), "number")));
+        const json body = body_of(request);
+        // With "here": only the key at the frame shown.
+        if (body.contains("here") && field<bool>(body, "here")) send_json(response, session_.remove_key(field<int>(body, "number")));
+        else send_json(response, session_.clear_keys(field<int>(body, "number")));
     }));
     server.Post("/api/confirm", guarded([this](const httplib::Request &request, httplib::Response &response) {
         const json body = body_of(request);
@@ -332,6 +352,9 @@ void StudioServer::routes() {
         const std::string setup = work_path(work_, body, "setup");
         const std::string output = field<std::string>(body, "output");
         work_path(work_, body, "output");
+        // The command must run as handed out: the folders it writes to exist.
+        for (const std::string &name : {field<std::string>(body, "setup"), output})
+            if (std::string problem = make_folders_for(work_, name); !problem.empty()) throw RequestError(problem);
         std::vector<std::string> words = {work_.relative(paths_.render_program)};
         for (std::string &word : session_.render_arguments(setup, work_.relative(setup), output,
                                                            field<int>(body, "first"), field<int>(body, "last")))
@@ -341,6 +364,8 @@ void StudioServer::routes() {
     server.Post("/api/render", guarded([this](const httplib::Request &request, httplib::Response &response) {
         const json body = body_of(request);
         const std::string output = work_path(work_, body, "output");
+        if (std::string problem = make_folders_for(work_, field<std::string>(body, "output")); !problem.empty())
+            throw RequestError(problem);
         const int first = field<int>(body, "first"), last = field<int>(body, "last");
         if (first < 1 || last < first) throw RequestError("the frames to render must run from 1 or later, forwards");
         // The setup rides along beside the frames, so the render can be repeated.

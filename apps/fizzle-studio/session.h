@@ -19,6 +19,7 @@
 #include "sparkhost/host.h"
 #include "sparkhost/viewer.h"
 #include "disk_states.h"
+#include "history.h"
 #include "state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
@@ -47,20 +48,30 @@ public:
     nlohmann::json controls();
     // The value as a user would type it (see parse_control_value) or a string
     // control's text. An animated control also gets a key at the current frame.
-    nlohmann::json set_value(int number, const std::string &text);
+    // After this and every other change the frame shown is made again as
+    // fizzle-render makes it with the settings now in force.
+    // step: the value starts a step of its own for undo (false: it goes on
+    // the step of the value before, as a slider's drag does).
+    nlohmann::json set_value(int number, const std::string &text, bool step = true);
     nlohmann::json press(int number);
     nlohmann::json pen(float x, float y, float pressure, float zoom);
     nlohmann::json overlay(float zoom);
     // Forwards: the bubbles go on from the frame shown; backwards: they
     // restart from the first frame. Either way they start instead from the
-    // nearest state kept since the last change (or on disk, with --cache)
+    // nearest state kept for these settings (or on disk, with --cache)
     // when that is closer, and
     // frames on the way are only simulated, so frame N shows what a render
     // of frames first..N would.
     nlohmann::json go_to(int frame);
     nlohmann::json set_range(int first, int last);
     nlohmann::json set_key(int number);
+    // The settings before the last step (after the last undone one) put
+    // back through the plug-in; a RequestError when there is none.
+    nlohmann::json undo();
+    nlohmann::json redo();
     nlohmann::json clear_keys(int number);
+    // Removes the key at the frame shown only.
+    nlohmann::json remove_key(int number);
     nlohmann::json channel_editor();
     void load_setup(const std::string &path);
     void save_setup(const std::string &path);
@@ -98,11 +109,23 @@ private:
     void changed();
     void process_to(int frame);
     void restart_bubbles();
+    // Shows `frame` as a render from the shot's first frame would; returns
+    // the first frame run to get there.
+    int move_to(int frame);
+    // Frame N again after a change: the frame-cycle render a callback made
+    // (Auto Preview) advanced the bubbles, so it is never what is shown.
+    nlohmann::json show_again();
+    // The kept states that belong to the settings now in force: those of
+    // earlier settings are shelved, so that an undo finds its states again.
+    void match_states();
+    std::string run_key();
+    // Before a change the user makes: the settings it starts from, for undo.
+    void step();
+    nlohmann::json go_back(bool undo);
     // Anything the bubbles depend on changed: kept states no longer hold,
     // and the live one is no longer that of a render from the first frame.
     void settings_changed();
     void keep_state(int frame, int first, int last);
-    nlohmann::json after_change(const std::optional<sparkhost::Frame> &frame);
     sparkhost::Control &control(int number);
 
     RenderOptions options_;
@@ -112,6 +135,12 @@ private:
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
     StateCache states_;
+    std::string states_key_;     // the run states_ belongs to
+    bool states_stale_ = false;  // settings changed since states_key_ was made
+    std::deque<std::pair<std::string, StateCache>> shelved_;  // newest first
+    History history_;
+    ShotSettings defaults_;  // as the plug-in starts, before any preset or setup
+    bool pen_down_ = false;
     std::unique_ptr<DiskStates> disk_;
     bool clean_ = false;  // the live state is that of an uninterrupted run from first_
 
@@ -126,6 +155,7 @@ private:
     std::deque<Picture> recent_;
     std::deque<LoggedMessage> messages_;
     uint64_t message_count_ = 0;
+    size_t undoable_ = 0, redoable_ = 0;
     std::optional<std::pair<uint64_t, std::string>> question_;
     uint64_t questions_ = 0;
     std::optional<std::pair<uint64_t, bool>> answer_;

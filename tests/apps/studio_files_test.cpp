@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "apps/fizzle-studio/command_line.h"
+#include "apps/fizzle-studio/make_folders.h"
 #include "apps/fizzle-studio/work_files.h"
 
 namespace fs = std::filesystem;
@@ -34,6 +35,18 @@ protected:
     }
     fs::path root_;
 };
+
+TEST_F(StudioFiles, MakesMissingFoldersForAFileButNeverOutsideNorThroughAFile) {
+    WorkFiles files(root_.string());
+    EXPECT_EQ(make_folders_for(files, "out/shots/a/f.####.png"), "");
+    EXPECT_TRUE(fs::is_directory(root_ / "out" / "shots" / "a"));
+    EXPECT_EQ(make_folders_for(files, "out/shots/a/f.####.png"), "") << "folders already there are fine";
+    EXPECT_EQ(make_folders_for(files, "plain.json"), "");
+    EXPECT_NE(make_folders_for(files, "setups/away/new/f.png").find("not a folder under the working directory"),
+              std::string::npos);
+    EXPECT_FALSE(fs::exists(root_.string() + "-outside/new"));
+    EXPECT_NE(make_folders_for(files, "setups/a.json/f.png").find("is a file"), std::string::npos);
+}
 
 TEST_F(StudioFiles, ResolvesNamesUnderTheRootIncludingFilesNotYetWritten) {
     WorkFiles files(root_.string());

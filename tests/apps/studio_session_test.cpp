@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 
+#include "apps/fizzle-studio/history.h"
 #include "apps/fizzle-studio/session.h"
 #include "apps/fizzle-studio/state_cache.h"
 
@@ -87,6 +88,97 @@ TEST_F(StudioTimeline, AChangeMakesEarlierStatesUselessSoJumpsUseTheNewSettings)
     session_->go_to(22);
     const std::vector<uint8_t> again = shown_at(21);
     EXPECT_EQ(again, step_through(21).at(21));
+}
+
+std::string value_of(Session &session, int number) {
+    const nlohmann::json listed = session.controls();
+    for (const auto &control : listed["controls"])
+        if (control["number"] == number) return control["value"].dump();
+    return {};
+}
+
+TEST_F(StudioTimeline, AfterAChangeAndItsUndoTheFrameShownIsThatFrameOfARunWithTheSettingsInForce) {
+    const auto before = step_through(20);
+    const int light = control_number(*session_, "Light Inten");
+    const int density = control_number(*session_, "Density");
+    const std::string light_was = value_of(*session_, light), density_was = value_of(*session_, density);
+    // A look-only control and one the bubbles' run depends on: neither
+    // advances the bubbles, both show frame 20 as a run with them makes it.
+    for (const auto &[number, value] : {std::pair{light, std::string("150")}, std::pair{density, std::string("90")}}) {
+        const std::string was = value_of(*session_, number);
+        session_->set_value(number, value);
+        EXPECT_EQ(session_->state(0)["frame"], 20);
+        const std::vector<uint8_t> changed = *session_->picture().rgb;
+        EXPECT_NE(changed, before.at(20)) << "control " << number;
+        session_->set_value(number, was);
+        EXPECT_EQ(*session_->picture().rgb, before.at(20)) << "undoing control " << number;
+        session_->set_value(number, value);
+        EXPECT_EQ(*session_->picture().rgb, changed) << "redoing control " << number;
+        EXPECT_EQ(step_through(20).at(20), changed) << "control " << number;
+        session_->set_value(number, was);
+    }
+    EXPECT_EQ(value_of(*session_, light), light_was);
+    EXPECT_EQ(value_of(*session_, density), density_was);
+    // The states of the settings before the change serve again after its undo.
+    session_->set_value(density, "90");
+    session_->set_value(density, density_was);
+    EXPECT_GE(session_->go_to(19)["from"].get<int>(), 11);
+    EXPECT_EQ(*session_->picture().rgb, before.at(19));
+}
+
+TEST_F(StudioTimeline, UndoAndRedoPutBackValuesPresetsAndKeysWithTheirFrames) {
+    const auto before = step_through(12);
+    const int density = control_number(*session_, "Density");
+    const int demos = control_number(*session_, "Demos");
+    const std::string density_was = value_of(*session_, density), demos_was = value_of(*session_, demos);
+    // A drag is one step however many values it sent.
+    session_->set_value(density, "60");
+    session_->set_value(density, "70", false);
+    session_->set_value(demos, "Soap");
+    const std::vector<uint8_t> soap = *session_->picture().rgb;
+    session_->set_key(density);
+    EXPECT_TRUE(sparkhost::curve_of(density));
+    session_->undo();
+    EXPECT_FALSE(sparkhost::curve_of(density));
+    session_->undo();
+    EXPECT_EQ(std::stod(value_of(*session_, density)), 70.0);
+    EXPECT_EQ(value_of(*session_, demos), demos_was);
+    session_->undo();
+    EXPECT_EQ(value_of(*session_, density), density_was);
+    EXPECT_EQ(*session_->picture().rgb, before.at(12));
+    session_->redo();
+    session_->redo();
+    EXPECT_EQ(*session_->picture().rgb, soap);
+    session_->redo();
+    EXPECT_TRUE(sparkhost::curve_of(density));
+    EXPECT_THROW(session_->redo(), RequestError);
+    for (int i = 0; i < 3; ++i) session_->undo();
+    EXPECT_EQ(*session_->picture().rgb, before.at(12));
+    // A new step after undoing drops what could be redone.
+    session_->set_value(density, density_was);
+    EXPECT_THROW(session_->redo(), RequestError);
+}
+
+TEST(StudioHistory, KeepsItsNewestStepsAndPassesOverStepsThatChangedNothing) {
+    History history(150);
+    ShotSettings settings;
+    for (int i = 0; i < 200; ++i) {
+        settings.values[16] = i;
+        history.step(settings);
+    }
+    EXPECT_EQ(history.undoable(), 150u);
+    settings.values[16] = 200;
+    // The newest step is put back first; one equal to now is passed over.
+    history.step(settings);
+    std::optional<ShotSettings> back = history.undo(settings);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->values[16], 199);
+    for (int i = 0; i < 148; ++i) back = history.undo(*back);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->values[16], 51);
+    EXPECT_FALSE(history.undo(*back));
+    EXPECT_EQ(history.redoable(), 149u);
+    EXPECT_EQ(history.redo(*back)->values[16], 52);
 }
 
 TEST_F(StudioTimeline, CheckpointsOnDiskServeTheSameSettingsAgainAfterAChangeWasUndone) {

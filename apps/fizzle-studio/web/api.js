@@ -1,0 +1,43 @@
+// The studio's /api calls. Every request of the page goes through send(),
+// the one place that decides how a request proves it comes from the page.
+import { notify } from './state.js';
+
+export function send(path, options = {}) {
+  return fetch(path, options);
+}
+
+export async function call(path, body) {
+  const options = body === undefined ? {} :
+    { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: JSON.stringify(body) };
+  const response = await send(path, options);
+  const answer = await response.json().catch(() => ({}));
+  if (!response.ok) {
+    const error = new Error(answer.error || `${path}: ${response.status}`);
+    error.status = response.status;
+    throw error;
+  }
+  return answer;
+}
+
+let afterAction = async () => {};
+// What follows every action: the page shows its outcome (set by main.js).
+export function onAction(handler) { afterAction = handler; }
+
+// Runs an action, showing its refusal as a notification instead of failing.
+// context goes to the handler with the answer.
+export async function act(path, body, context = {}) {
+  try {
+    const answer = await call(path, body);
+    await afterAction(answer, context);
+    return answer;
+  } catch (error) {
+    notify(error.message, 'error');
+    return null;
+  }
+}
+
+// Whether a file under the working directory exists already.
+export async function exists(name) {
+  const response = await send(`/api/file?path=${encodeURIComponent(name)}`).catch(() => null);
+  return !!response && response.ok;
+}
