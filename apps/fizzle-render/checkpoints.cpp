@@ -34,7 +34,8 @@ namespace {
 constexpr char kMagic[8] = {'F', 'Z', 'C', 'H', 'E', 'C', 'K', '\0'};
 constexpr uint32_t kVersion = 1;
 constexpr size_t kHeaderBytes = 40;
-// Far more than the plug-in's largest state (every particle it may hold).
+// More than the largest state the effect can make (about 13 million
+// particles, 950 MB).
 constexpr size_t kLargestState = size_t(1) << 30;
 
 void put(std::vector<uint8_t> &out, uint64_t value, int bytes) {
