@@ -42,7 +42,8 @@ void check_output(const RenderOptions &options) {
     fs::path directory = first.parent_path().empty() ? fs::path(".") : first.parent_path();
     std::error_code error;
     if (!fs::exists(directory, error))
-        throw Error("output directory '" + directory.string() + "' does not exist");
+        throw Error("output directory '" + directory.string() + "' " +
+                    (error ? "cannot be reached: " + error.message() : std::string("does not exist")));
     if (!fs::is_directory(directory, error))
         throw Error("output directory '" + directory.string() + "' is not a directory");
     if (access(directory.c_str(), W_OK) != 0)

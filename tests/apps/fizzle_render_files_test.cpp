@@ -73,6 +73,13 @@ TEST_F(RenderFiles, FrameNumbersTooWideForAFileNameAreBadArgumentsAndWideOnesAre
             EXPECT_EQ(files(), 0);
         }
     }
+    // Paths that are there but longer than the system takes say so, rather than "missing".
+    std::string long_way = dir_.string();
+    while (long_way.size() < 5000) long_way += "/.";
+    sparkhost::write_image(path("plate.png"), Frame(FrameFormat{16, 16, Depth::Bits8}));
+    expect_refused({"--size", "16x16", "-o", long_way + "/f.png"}, {"File name too long"});
+    expect_refused({"--size", "16x16", "--scene", long_way + "/plate.png", "-o", path("f.png")}, {"File name too long"});
+    fs::remove(path("plate.png"));
     const RunResult wide = run({"--size", "16x16", "--frames", "1-3", "-o", path("f.%040d.png")});
     ASSERT_EQ(wide.exit_code, 0) << wide.err;
     EXPECT_EQ(files(), 3);
