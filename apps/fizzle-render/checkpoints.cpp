@@ -97,20 +97,19 @@ std::optional<Checkpoint> CheckpointStore::read(const std::string &file, int fra
     } catch (const sparkhost::Error &error) {
         return ignored(error.what());
     }
-    const std::vector<uint8_t> bytes(content.begin(), content.end());
-    content = std::string();
-    if (bytes.size() < kHeaderBytes || std::memcmp(bytes.data(), kMagic, 8) != 0)
+    const auto *bytes = reinterpret_cast<const uint8_t *>(content.data());
+    if (content.size() < kHeaderBytes || std::memcmp(bytes, kMagic, 8) != 0)
         return ignored("not a checkpoint file");
     const uint64_t version = get(&bytes[8], 4);
     if (version > kVersion) return ignored("made by a newer version (format " + std::to_string(version) + ")");
     if (version != kVersion) return ignored("format " + std::to_string(version) + " is not understood");
     const uint64_t size = get(&bytes[24], 8);
-    if (bytes.size() != kHeaderBytes + size) return ignored("truncated or padded");
-    if (checksum(bytes.data(), bytes.data() + kHeaderBytes, size) != get(&bytes[32], 8))
+    if (size != content.size() - kHeaderBytes) return ignored("truncated or padded");  // no sum to wrap
+    if (checksum(bytes, bytes + kHeaderBytes, size) != get(&bytes[32], 8))
         return ignored("bad checksum");
     if (int(get(&bytes[12], 4)) != frame || get(&bytes[16], 8) != key)
         return ignored("made for another setup or other inputs");
-    return Checkpoint{frame, std::vector<uint8_t>(bytes.begin() + kHeaderBytes, bytes.end())};
+    return Checkpoint{frame, std::vector<uint8_t>(bytes + kHeaderBytes, bytes + content.size())};
 }
 
 std::optional<int> CheckpointStore::restore(int frame, const std::function<uint64_t(int)> &key_at,
@@ -149,7 +148,7 @@ bool CheckpointStore::save(int frame, uint64_t key, const std::vector<uint8_t> &
 
     const std::string final_path = path(frame);
     std::error_code error;
-    const fs::file_status status = fs::symlink_status(final_path, error);
+    const fs::file_status status = fs::status(final_path, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         // Something else holds the name: that checkpoint is done without,
         // and the others are still saved.
