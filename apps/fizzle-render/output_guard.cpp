@@ -69,13 +69,17 @@ void check_outputs_spare_inputs(const RenderOptions &options) {
     for (const std::string &input : options.inputs) existing_files(input, 1, options.last_frame, add_input);
     for (const std::string *single : {&options.setup, &options.import_amplitude, &options.plugin})
         if (!single->empty()) add_input(*single);
-    if (inputs.empty()) return;
 
-    const auto refuse_input = [&](const char *option) {
-        return [&inputs, option](const std::string &path) {
-            Identity identity;
-            if (!identity_of(path, identity)) return;
-            const auto input = inputs.find(identity);
+    // special_ok: such names are passed over with a note (checkpoints).
+    const auto refuse_input = [&](const char *option, bool special_ok = false) {
+        return [&inputs, option, special_ok](const std::string &path) {
+            struct stat info {};
+            if (stat(path.c_str(), &info) != 0) return;
+            // A file is put in place by renaming over the name: a device or a
+            // FIFO there (/dev/null) would be replaced, not written to.
+            if (!special_ok && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode))
+                throw Error(std::string(option) + ": '" + path + "' is not a regular file; it would be replaced");
+            const auto input = inputs.find(Identity{info.st_dev, info.st_ino});
             if (input == inputs.end()) return;
             throw Error(std::string(option) + ": '" + path + "' is the input '" + input->second +
                         "'; writing it would destroy it");
@@ -88,7 +92,7 @@ void check_outputs_spare_inputs(const RenderOptions &options) {
     if (!options.save_setup.empty()) refuse_input("--save-setup")(options.save_setup);
     if (!options.cache_dir.empty()) {
         // Checkpoint files are named fizzle-<key>.<frame>.state.
-        const auto checkpoint = refuse_input("--cache");
+        const auto checkpoint = refuse_input("--cache", true);
         std::error_code error;
         for (fs::directory_iterator it(options.cache_dir, error), end; !error && it != end; it.increment(error)) {
             const std::string name = it->path().filename().string();

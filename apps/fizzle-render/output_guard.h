@@ -7,5 +7,6 @@
 // Throws sparkhost::Error naming the option and the file when an output of
 // the run (frames, overlay SVGs, the saved setup, checkpoints in the cache)
 // is the same file as an input (clips, setup, amplitude file, plug-in),
-// whatever names, links or hard links lead to it.
+// whatever names, links or hard links lead to it, or names a device or a
+// FIFO (which the renaming into place would replace).
 void check_outputs_spare_inputs(const RenderOptions &options);

@@ -101,11 +101,15 @@ TEST_F(RenderFiles, SpecialFilesAreRefusedAtOnceNamingWhatTheyAre) {
         {{"--setup", "/dev/zero", "-o", out}, {"--setup", "/dev/zero", "character device"}},
         {{"--import-amplitude", path("fifo"), "-o", out}, {"--import-amplitude", "FIFO"}},
         {{"--import-amplitude", "/dev/zero", "-o", out}, {"--import-amplitude", "character device"}},
+        // An output is renamed into place: over a FIFO (or /dev/null) it would replace it.
+        {{"-o", path("fifo")}, {"--output", "fifo", "not a regular file"}},
+        {{"--save-setup", path("fifo")}, {"--save-setup", "not a regular file"}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.arguments[1]);
         expect_refused(c.arguments, c.needles);
     }
+    EXPECT_EQ(fs::status(path("fifo")).type(), fs::file_type::fifo);
 }
 
 TEST_F(RenderFiles, CheckpointsThatAreNotFilesAreSkippedWithANoteAndTheRunGoesOn) {
