@@ -22,7 +22,9 @@ protected:
     // what the run left there is copied to left().
     RunResult run_on_small_disk(const std::string &size, const std::vector<std::string> &arguments) {
         fs::create_directories(left());
-        std::string command = "FIZZLE_NO_PAUSE=1 " + quoted(FIZZLE_RENDER_PATH);
+        // A preloaded library may start threads, and a process with threads
+        // cannot enter a user namespace: the preload is kept for the render only.
+        std::string command = "LD_PRELOAD=\"$FIZZLE_SAVED_PRELOAD\" FIZZLE_NO_PAUSE=1 " + quoted(FIZZLE_RENDER_PATH);
         for (const std::string &argument : arguments) command += " " + quoted(argument);
         const std::string script = path("..script");
         std::ofstream(script) << "mount -t tmpfs -o size=" << size << " tmpfs " << quoted(disk()) << " || exit "
@@ -32,7 +34,9 @@ protected:
                               << "echo $? >" << quoted(path("..rc")) << "\n"
                               << "cp -a " << quoted(disk() + "/.") << " " << quoted(left()) << "\n";
         fs::create_directories(disk());
-        const int status = std::system(("unshare -rm sh " + quoted(script) + " 2>/dev/null").c_str());
+        const int status = std::system(
+            ("FIZZLE_SAVED_PRELOAD=\"$LD_PRELOAD\" env -u LD_PRELOAD unshare -rm sh " + quoted(script) + " 2>/dev/null")
+                .c_str());
         if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
             mounted_ = false;
             return {};
