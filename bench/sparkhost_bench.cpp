@@ -1,14 +1,19 @@
 // Costs our host adds around each frame: the processor fork, the built-in
-// scene and writing a frame to disk.
+// scene and writing a frame to disk; and reading long setups and curves,
+// whose cost must grow with their length, not its square.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <string>
 
 #include "spark/spark.h"
 #include "sparkhost/default_clips.h"
 #include "sparkhost/host.h"
+#include "sparkhost/curves.h"
 #include "sparkhost/image_io.h"
+#include "sparkhost/setup_file.h"
 
 using namespace sparkhost;
 
@@ -40,5 +45,39 @@ static void BM_WriteFrame1080(benchmark::State &state, const char *extension) {
 }
 BENCHMARK_CAPTURE(BM_WriteFrame1080, png, "png")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_WriteFrame1080, exr, "exr")->Unit(benchmark::kMillisecond);
+
+// A curve imported key by key, as "Import Amplitude File" sets it.
+static void BM_CurveKeys(benchmark::State &state) {
+    for (auto _ : state) {
+        for (int key = 0; key < state.range(0); ++key) set_curve_key(93, float(key), 0.5f);
+        state.PauseTiming();
+        clear_curves();
+        state.ResumeTiming();
+    }
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_CurveKeys)->RangeMultiplier(4)->Range(1 << 12, 1 << 18)->Complexity()->Unit(benchmark::kMillisecond);
+
+// A setup of n control objects, read and checked up to the first repeated
+// control it lists: the file is parsed whole first.
+static void BM_SetupOfManyObjects(benchmark::State &state) {
+    const std::string path = (std::filesystem::temp_directory_path() / "sparkhost_bench_setup.json").string();
+    {
+        std::ofstream out(path);
+        out << R"({"format": "sparkhost-setup", "version": 1, "controls": [)";
+        for (int i = 0; i < state.range(0); ++i) out << (i ? "," : "") << R"({"number": 16, "value": 33})";
+        out << "]}";
+    }
+    ControlTable controls;
+    for (auto _ : state) {
+        try {
+            load_setup(path, controls);
+        } catch (const SetupError &) {
+        }
+    }
+    std::filesystem::remove(path);
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_SetupOfManyObjects)->RangeMultiplier(4)->Range(1 << 12, 1 << 16)->Complexity()->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

@@ -1,6 +1,9 @@
 // Frames simulated without drawing, and the state one frame hands the next:
 // what a host needs to start a shot anywhere and still get the same bytes.
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "bubbles/bubbles.h"
 
@@ -49,6 +52,43 @@ public:
 private:
     const uint8_t *at_;
 };
+
+// What the simulation can produce, from the controls' ranges: "Density" at
+// most 10000 and "Lifetime" at most 1000, each varied by up to a tenth,
+// "Afterlife" at most 100 and a maximum age of 5000. A state outside these
+// was not made by the effect and could misdraw or overrun, so it is refused.
+constexpr int32_t kMostBirthsPerFrame = 11000;
+constexpr int32_t kLongestLife = 1100;
+constexpr int32_t kLongestAfterlife = 100;
+constexpr int32_t kOldestMaxAge = 5000;
+// A bubble lives at most its life plus an afterlife granted on bursting or
+// leaving the gathering region, and every frame births at most the most.
+constexpr uint64_t kMostParticles = uint64_t(kMostBirthsPerFrame) * (kLongestLife + kLongestAfterlife + 1);
+// Far outside any frame, yet still a whole number of pixels an int holds.
+constexpr float kFarthest = 1e9f;
+
+bool within(int32_t value, int32_t low, int32_t high) { return value >= low && value <= high; }
+
+// Reads one particle and says whether the simulation could have made it.
+// born_at: how many particles of each age never had their age changed by a
+// burst or by leaving the gathering region; those of one age were born in
+// one frame, so there are at most the most births of a frame.
+bool plausible_particle(Reader &r, std::vector<uint32_t> &born_at) {
+    bool ok = true;
+    for (int i = 0; i < 10; ++i) {
+        const float value = r.f32();
+        ok = ok && std::isfinite(value) && (i >= 4 || std::fabs(value) < kFarthest);  // positions first
+    }
+    const int32_t age = r.i32(), life = r.i32(), max_age = r.i32(), bursting = r.i32(), gather = r.i32();
+    ok = ok && within(life, 1, kLongestLife) && within(max_age, 1, kOldestMaxAge) &&
+         within(age, -kLongestAfterlife, std::max(life, max_age)) && within(bursting, 0, 1) && within(gather, 0, 2);
+    for (int i = 0; i < 3; ++i) ok = within(r.i32(), 0, kPartLumpCount - 1) && ok;  // sprite indices
+    if (ok && !bursting && gather != 2) {
+        ok = age >= 0 && age < int32_t(born_at.size());
+        if (ok) ok = ++born_at[size_t(age)] <= uint32_t(kMostBirthsPerFrame);
+    }
+    return ok;
+}
 
 }  // namespace
 
@@ -107,6 +147,14 @@ bool Bubbles::import_state(const uint8_t *data, size_t size) {
     const int32_t prev_width = r.i32(), prev_height = r.i32();
     const uint32_t count = r.u32();
     if (size != kHeaderBytes + size_t(count) * kParticleBytes) return false;
+    if (count > kMostParticles || !std::isfinite(ratio_a) || !std::isfinite(ratio_b) ||
+        !std::isfinite(lump_aspect) || !std::isfinite(render_scale))
+        return false;
+    // Every particle checked before anything changes.
+    Reader check(data + kHeaderBytes);
+    std::vector<uint32_t> born_at(size_t(std::max(kLongestLife, kOldestMaxAge)) + 1, 0);
+    for (uint32_t i = 0; i < count; ++i)
+        if (!plausible_particle(check, born_at)) return false;
 
     // Sprites first: the only step that can fail for want of memory.
     if (lump_aspect != -400.0f && !part_set_correct_lumps(partSet, lump_aspect)) {

@@ -1,5 +1,5 @@
 // libFuzzer entry point: the value parsers of fizzle-render's options. The
-// first byte picks the option, the rest is the text typed after it. Only
+// first byte picks the option (or a frame pattern), the rest is the text typed after it. Only
 // sparkhost::Error may come out, and what is accepted must be in range.
 #include <cstdint>
 #include <string>
@@ -8,6 +8,7 @@
 #include "apps/fizzle-render/value_parsers.h"
 #include "fuzz_controls.h"
 #include "sparkhost/error.h"
+#include "sparkhost/frame_pattern.h"
 #include "sparkhost/resolution.h"
 
 namespace {
@@ -24,7 +25,7 @@ void parse_for_every_control(const std::string &text) {
 }
 
 void parse_one(uint8_t option, const std::string &text) {
-    switch (option % 5) {
+    switch (option % 6) {
     case 0: {
         FrameRange range = parse_frames(text);
         if (range.first < 1 || range.last < range.first) __builtin_trap();
@@ -53,6 +54,16 @@ void parse_one(uint8_t option, const std::string &text) {
     case 4: {
         int index = parse_proxy(text);
         if (index < 0 || index >= int(sparkhost::resolution_names().size())) __builtin_trap();
+        break;
+    }
+    case 5: {
+        // An output or input pattern: each frame's file names that frame.
+        const sparkhost::FramePattern pattern(text);
+        if (!pattern.is_sequence()) break;
+        for (int frame : {1, 42, 999999999}) {
+            const std::optional<int> back = pattern.frame_of(pattern.path(frame));
+            if (!back || *back != frame) __builtin_trap();
+        }
         break;
     }
     }

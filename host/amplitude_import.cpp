@@ -1,6 +1,10 @@
 // Amplitude control file reader and the two host callbacks around it.
 #include "host/amplitude_import.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cmath>
 
 #include "framework/pause.h"
@@ -34,8 +38,25 @@ unsigned long *import_aiff_CB(int, SparkInfoStruct) {
     return nullptr;
 }
 
+namespace {
+
+// Only a regular file can be a control file: a FIFO would block the open
+// (and the plug-in with it) and a device would be read without end. The
+// open does not wait and the check is made on what was opened.
+FILE *open_control_file(const char *path) {
+    if (!path) return nullptr;
+    const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return nullptr;
+    struct stat info {};
+    FILE *file = fstat(fd, &info) == 0 && S_ISREG(info.st_mode) ? fdopen(fd, "r") : nullptr;
+    if (!file) close(fd);
+    return file;
+}
+
+}  // namespace
+
 void aiff_file_CB(char *path) {
-    FILE *file = path ? std::fopen(path, "r") : nullptr;
+    FILE *file = open_control_file(path);
     if (!file) {
         amplitude_import_host.message("Unable to open file");
         amplitude_import_host.pause(2);

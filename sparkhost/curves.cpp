@@ -49,10 +49,16 @@ void set_curve_key(int control, float frame, float value) {
     check_control_number(control);
     CurveStore &s = store();
     std::lock_guard<std::mutex> lock(s.mutex);
-    // Build the key first so a refused key leaves no empty curve behind.
-    Curve curve = s.curves.count(control) ? s.curves[control] : Curve();
+    // Set in place (a copy per key made importing n keys cost n squared);
+    // a refused key changes nothing, so a new curve is made aside first.
+    auto found = s.curves.find(control);
+    if (found != s.curves.end()) {
+        found->second.set_key(frame, value);
+        return;
+    }
+    Curve curve;
     curve.set_key(frame, value);
-    s.curves[control] = std::move(curve);
+    s.curves.emplace(control, std::move(curve));
 }
 
 void set_curve(int control, const Curve &curve) {

@@ -22,6 +22,7 @@
 #include "sparkhost/atomic_file.h"
 #include "sparkhost/curves.h"
 #include "sparkhost/error.h"
+#include "sparkhost/regular_file.h"
 
 namespace sparkhost {
 namespace {
@@ -114,21 +115,64 @@ public:
     }
 
 private:
-    // Refuses, while parsing, what the plain parser would take silently
-    // (a key given twice, of which it keeps the last) or dangerously (nesting
-    // deep enough to exhaust the stack when the document is later walked).
+    // Refuses what the plain parser would take silently (a key given twice,
+    // of which it keeps the last) or dangerously (nesting deep enough to
+    // exhaust the stack when the document is later walked), in a first pass
+    // that builds nothing; only then is the document built. (The parser's
+    // own callback form searches the enclosing list each time an object
+    // ends, which made a list of n objects cost n squared.)
     json parse(const std::string &content) const {
-        std::vector<std::set<std::string>> keys;  // of each object being read
-        return json::parse(content, [&](int depth, json::parse_event_t event, json &parsed) {
-            if (depth > kDeepest) fail("nested more than " + std::to_string(kDeepest) + " levels deep");
-            if (event == json::parse_event_t::object_start) keys.emplace_back();
-            if (event == json::parse_event_t::object_end && !keys.empty()) keys.pop_back();
-            if (event == json::parse_event_t::key && !keys.empty() &&
-                !keys.back().insert(parsed.get<std::string>()).second)
-                fail("the entry \"" + parsed.get<std::string>() + "\" is given twice in one object");
-            return true;
-        });
+        StructureCheck check(*this);
+        json::sax_parse(content, &check);
+        return json::parse(content);
     }
+
+    class StructureCheck : public nlohmann::json_sax<json> {
+    public:
+        explicit StructureCheck(const SetupReader &reader) : reader_(reader) {}
+        bool null() override { return true; }
+        bool boolean(bool) override { return true; }
+        bool number_integer(number_integer_t) override { return true; }
+        bool number_unsigned(number_unsigned_t) override { return true; }
+        bool number_float(number_float_t, const string_t &) override { return true; }
+        bool string(string_t &) override { return true; }
+        bool binary(binary_t &) override { return true; }
+        bool start_object(std::size_t) override {
+            open();
+            keys_.emplace_back();
+            return true;
+        }
+        bool key(string_t &name) override {
+            if (!keys_.back().insert(name).second)
+                reader_.fail("the entry \"" + name + "\" is given twice in one object");
+            return true;
+        }
+        bool end_object() override {
+            keys_.pop_back();
+            --depth_;
+            return true;
+        }
+        bool start_array(std::size_t) override {
+            open();
+            return true;
+        }
+        bool end_array() override {
+            --depth_;
+            return true;
+        }
+        // Thrown as json::parse would throw it, to be reported the same way.
+        bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &error) override {
+            throw error;
+        }
+
+    private:
+        void open() {
+            if (++depth_ > kDeepest) reader_.fail("nested more than " + std::to_string(kDeepest) + " levels deep");
+        }
+        const SetupReader &reader_;
+        int depth_ = 0;
+        std::vector<std::set<std::string>> keys_;  // of each object being read
+    };
 
     PlannedControl read_control(const json &entry) {
         if (!entry.is_object()) fail("each control must be an object, not " + describe(entry));
@@ -224,17 +268,11 @@ json control_entry(const Control &control, const std::map<int, Curve> &curves) {
 }
 
 std::string read_whole_file(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw SetupError("cannot open setup file \"" + path + "\": " + std::strerror(errno));
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (!error && size > kLargestFile)
-        throw SetupError("setup file \"" + path + "\" is " + std::to_string(size >> 20) +
-                         " MB, too large to be a setup");
-    std::ostringstream content;
-    content << in.rdbuf();
-    if (in.bad()) throw SetupError("cannot read setup file \"" + path + "\"");
-    return content.str();
+    try {
+        return read_regular_file(path, kLargestFile);
+    } catch (const Error &error) {
+        throw SetupError(std::string("setup file: ") + error.what());
+    }
 }
 
 ControlTable &registered_or_fail(const std::string &path) {
@@ -265,18 +303,22 @@ void save_setup(const std::string &path, ControlTable &controls) {
     std::map<int, Curve> curves = all_curves();
     json entries = json::array();
     for (const Control &control : controls.controls()) entries.push_back(control_entry(control, curves));
-    json document = {{"format", kSetupFormat}, {"version", kSetupVersion}, {"controls", entries}};
+    // One control a line, its curve's keys without spaces: indented, a key
+    // took five lines and long curves were saved larger than a setup may be
+    // to load again.
+    std::string text = std::string("{\n  \"format\": ") + json(kSetupFormat).dump() +
+                       ",\n  \"version\": " + std::to_string(kSetupVersion) + ",\n  \"controls\": [";
+    for (std::size_t i = 0; i < entries.size(); ++i) text += (i ? ",\n    " : "\n    ") + entries[i].dump();
+    text += entries.empty() ? "]\n}\n" : "\n  ]\n}\n";
+    if (text.size() > kLargestFile)
+        throw SetupError("cannot write setup file \"" + path + "\": its " + std::to_string(text.size() >> 20) +
+                         " MB would be more than the " + std::to_string(kLargestFile >> 20) +
+                         " MB a setup file may be to load again");
 
     // Written aside and renamed so that a failed save never leaves half a file.
-    AtomicFile file(path);
-    {
-        std::ofstream out(file.temporary_path(), std::ios::binary | std::ios::trunc);
-        if (!out) throw SetupError("cannot write setup file \"" + path + "\": " + std::strerror(errno));
-        out << document.dump(2) << '\n';
-        out.close();
-        if (!out) throw SetupError("cannot write setup file \"" + path + "\"");
-    }
     try {
+        AtomicFile file(path);
+        file.write(text.data(), text.size());
         file.commit();
     } catch (const Error &error) {
         throw SetupError(std::string("setup file: ") + error.what());

@@ -4,11 +4,12 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include <nlohmann/json.hpp>
 
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
+#include "sparkhost/regular_file.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Error;
@@ -65,22 +66,26 @@ void save_plan(const FarmPlan &plan) {
                               {"fill_job", plan.fill_job},
                               {"chunk_job", plan.chunk_job}};
     const std::string path = plan.job_file();
-    const std::string temporary = path + ".tmp-" + std::to_string(getpid());
-    {
-        std::ofstream out(temporary, std::ios::trunc);
-        out << json.dump(2) << "\n";
-        if (!out.flush()) throw Error("cannot write the job file '" + path + "'");
+    const std::string text = json.dump(2) + "\n";
+    try {
+        sparkhost::AtomicFile file(path);
+        file.write(text.data(), text.size());
+        file.commit();
+    } catch (const Error &error) {
+        throw Error(std::string("job file: ") + error.what());
     }
-    std::error_code error;
-    fs::rename(temporary, path, error);
-    if (error) throw Error("cannot write the job file '" + path + "': " + error.message());
 }
 
 FarmPlan load_plan(const std::string &job_file) {
-    std::ifstream in(job_file);
-    if (!in) throw Error("cannot read the job file '" + job_file + "'");
+    // A job file is a few kilobytes: a FIFO or a device is refused, not read.
+    std::string text;
     try {
-        const nlohmann::json json = nlohmann::json::parse(in);
+        text = sparkhost::read_regular_file(job_file, 64u << 20);
+    } catch (const Error &error) {
+        throw Error(std::string("cannot read the job file: ") + error.what());
+    }
+    try {
+        const nlohmann::json json = nlohmann::json::parse(text);
         if (json.at("format") != "fizzle-farm-job") throw Error("'" + job_file + "' is not a fizzle-farm job file");
         if (json.at("version").get<int>() > 1) throw Error("'" + job_file + "' was written by a newer fizzle-farm");
         FarmPlan plan;

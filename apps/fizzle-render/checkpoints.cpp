@@ -21,7 +21,9 @@
 #include <fstream>
 #include <iterator>
 
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
+#include "sparkhost/regular_file.h"
 #include "sparkhost/host.h"
 #include "sparkhost/setup_file.h"
 
@@ -32,6 +34,9 @@ namespace {
 constexpr char kMagic[8] = {'F', 'Z', 'C', 'H', 'E', 'C', 'K', '\0'};
 constexpr uint32_t kVersion = 1;
 constexpr size_t kHeaderBytes = 40;
+// More than the largest state the effect can make (about 13 million
+// particles, 950 MB).
+constexpr size_t kLargestState = size_t(1) << 30;
 
 void put(std::vector<uint8_t> &out, uint64_t value, int bytes) {
     for (int i = 0; i < bytes; ++i) out.push_back(uint8_t(value >> (8 * i)));
@@ -80,25 +85,31 @@ bool CheckpointStore::has(int frame) const {
 }
 
 std::optional<Checkpoint> CheckpointStore::read(const std::string &file, int frame, uint64_t key) {
-    std::ifstream in(file, std::ios::binary);
-    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     auto ignored = [&](const std::string &why) {
         notes_("checkpoint '" + file + "' ignored: " + why);
         return std::nullopt;
     };
-    if (!in.eof() && !in) return ignored("cannot be read");
-    if (bytes.size() < kHeaderBytes || std::memcmp(bytes.data(), kMagic, 8) != 0)
+    // Only a regular file, and no larger than a state can be: a FIFO or a
+    // device named like a checkpoint would hang the run or fill its memory.
+    std::string content;
+    try {
+        content = sparkhost::read_regular_file(file, kHeaderBytes + kLargestState);
+    } catch (const sparkhost::Error &error) {
+        return ignored(error.what());
+    }
+    const auto *bytes = reinterpret_cast<const uint8_t *>(content.data());
+    if (content.size() < kHeaderBytes || std::memcmp(bytes, kMagic, 8) != 0)
         return ignored("not a checkpoint file");
     const uint64_t version = get(&bytes[8], 4);
     if (version > kVersion) return ignored("made by a newer version (format " + std::to_string(version) + ")");
     if (version != kVersion) return ignored("format " + std::to_string(version) + " is not understood");
     const uint64_t size = get(&bytes[24], 8);
-    if (bytes.size() != kHeaderBytes + size) return ignored("truncated or padded");
-    if (checksum(bytes.data(), bytes.data() + kHeaderBytes, size) != get(&bytes[32], 8))
+    if (size != content.size() - kHeaderBytes) return ignored("truncated or padded");  // no sum to wrap
+    if (checksum(bytes, bytes + kHeaderBytes, size) != get(&bytes[32], 8))
         return ignored("bad checksum");
     if (int(get(&bytes[12], 4)) != frame || get(&bytes[16], 8) != key)
         return ignored("made for another setup or other inputs");
-    return Checkpoint{frame, std::vector<uint8_t>(bytes.begin() + kHeaderBytes, bytes.end())};
+    return Checkpoint{frame, std::vector<uint8_t>(bytes + kHeaderBytes, bytes + content.size())};
 }
 
 std::optional<int> CheckpointStore::restore(int frame, const std::function<uint64_t(int)> &key_at,
@@ -136,26 +147,22 @@ bool CheckpointStore::save(int frame, uint64_t key, const std::vector<uint8_t> &
     bytes.insert(bytes.end(), state.begin(), state.end());
 
     const std::string final_path = path(frame);
-    // Host and process in the name: farm nodes may share the folder.
-    char host[64] = "host";
-    gethostname(host, sizeof host - 1);
-    const std::string temporary = final_path + ".tmp-" + host + "-" + std::to_string(getpid());
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        out.write(reinterpret_cast<const char *>(bytes.data()), std::streamsize(bytes.size()));
-        out.flush();
-        if (!out) {
-            std::error_code ignored;
-            fs::remove(temporary, ignored);
-            notes_("cannot write checkpoint '" + final_path + "': " + std::strerror(errno));
-            return false;
-        }
-    }
     std::error_code error;
-    fs::rename(temporary, final_path, error);
-    if (error) {
-        fs::remove(temporary, error);
-        notes_("cannot write checkpoint '" + final_path + "': " + error.message());
+    const fs::file_status status = fs::status(final_path, error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        // Something else holds the name: that checkpoint is done without,
+        // and the others are still saved.
+        notes_("checkpoint '" + final_path + "' not saved: the name is taken by something that is not a file");
+        return true;
+    }
+    // The temporary's name carries the machine and the process: farm nodes
+    // may share the folder.
+    try {
+        sparkhost::AtomicFile file(final_path);
+        file.write(bytes.data(), bytes.size());
+        file.commit();
+    } catch (const sparkhost::Error &failure) {
+        notes_(std::string("checkpoint not saved: ") + failure.what());
         return false;
     }
     return true;

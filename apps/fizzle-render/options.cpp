@@ -3,11 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 
 #include "overlay_output.h"
 #include "shot_runner.h"
 #include "sparkhost/error.h"
+#include "sparkhost/frame_pattern.h"
+#include "sparkhost/regular_file.h"
 #include "sparkhost/resolution.h"
 #include "sparkhost/text_match.h"
 
@@ -20,6 +21,26 @@ std::string joined_resolutions() {
     for (const std::string &name : sparkhost::resolution_names())
         text += (text.empty() ? "" : "|") + name;
     return text;
+}
+
+// A frame number wider than a file name holds is a bad argument, found
+// before anything starts.
+void check_patterns(const RenderOptions &options) {
+    const std::pair<const char *, const std::string *> patterns[] = {
+        {"--output", &options.output},
+        {"--overlay-svg", &options.overlay_svg},
+        {"--scene", &options.inputs[sparkhost::kScene]},
+        {"--birth", &options.inputs[sparkhost::kBirth]},
+        {"--burst", &options.inputs[sparkhost::kBurst]},
+        {"--reflection", &options.inputs[sparkhost::kReflection]},
+    };
+    for (const auto &[option, text] : patterns) {
+        try {
+            sparkhost::FramePattern{*text};
+        } catch (const Error &error) {
+            throw Error(std::string(option) + ": " + error.what());
+        }
+    }
 }
 
 }  // namespace
@@ -116,8 +137,14 @@ void resolve_options(RenderOptions &options) {
     check_shot_options(options);
     for (const std::string &text : options.set_texts) options.sets.push_back(parse_assignment(text));
     for (const std::string &text : options.animate_texts) options.animations.push_back(parse_animation(text));
-    if (!options.import_amplitude.empty() && !std::ifstream(options.import_amplitude))
-        throw Error("--import-amplitude: cannot read '" + options.import_amplitude + "'");
+    if (!options.import_amplitude.empty()) {
+        try {
+            sparkhost::check_regular_file(options.import_amplitude);
+        } catch (const Error &error) {
+            throw Error(std::string("--import-amplitude: ") + error.what());
+        }
+    }
+    check_patterns(options);
     const FrameRange frames = parse_frames(options.frames_text);
     options.first_frame = frames.first;
     options.last_frame = frames.last;

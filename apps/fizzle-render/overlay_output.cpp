@@ -28,7 +28,9 @@ void check_svg_pattern(const RenderOptions &options, const sparkhost::FramePatte
     fs::path directory = first.parent_path().empty() ? fs::path(".") : first.parent_path();
     std::error_code error;
     if (!fs::is_directory(directory, error))
-        throw Error("--overlay-svg: directory '" + directory.string() + "' does not exist");
+        throw Error("--overlay-svg: directory '" + directory.string() + "' " +
+                    (error && error != std::errc::no_such_file_or_directory ? "cannot be reached: " + error.message()
+                                                                            : std::string("does not exist")));
     if (access(directory.c_str(), W_OK) != 0)
         throw Error("--overlay-svg: directory '" + directory.string() + "' is not writable");
     if (fs::is_directory(first, error)) throw Error("--overlay-svg: '" + first.string() + "' is a directory");

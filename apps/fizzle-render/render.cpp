@@ -18,9 +18,11 @@
 #include "progress.h"
 #include "shot_runner.h"
 #include "frame_output.h"
+#include "output_guard.h"
 #include "resume.h"
 #include "stop_request.h"
 #include "timings.h"
+#include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
 #include "sparkhost/frame_pattern.h"
 #include "sparkhost/frame_writer.h"
@@ -42,7 +44,8 @@ void check_output(const RenderOptions &options) {
     fs::path directory = first.parent_path().empty() ? fs::path(".") : first.parent_path();
     std::error_code error;
     if (!fs::exists(directory, error))
-        throw Error("output directory '" + directory.string() + "' does not exist");
+        throw Error("output directory '" + directory.string() + "' " +
+                    (error ? "cannot be reached: " + error.message() : std::string("does not exist")));
     if (!fs::is_directory(directory, error))
         throw Error("output directory '" + directory.string() + "' is not a directory");
     if (access(directory.c_str(), W_OK) != 0)
@@ -102,6 +105,24 @@ private:
     int saved_ = -1;
 };
 
+// Temporaries of earlier runs killed outright, in the folders this run writes to.
+void remove_stale_temporaries(const RenderOptions &options) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> folders;
+    const auto folder_of = [&](const std::string &path) {
+        const fs::path parent = fs::path(path).parent_path();
+        folders.push_back(parent.empty() ? "." : parent.string());
+    };
+    if (options.writes_frames()) folder_of(sparkhost::FramePattern(options.output).path(options.first_frame));
+    if (options.writes_frames() && !options.overlay_svg.empty())
+        folder_of(sparkhost::FramePattern(options.overlay_svg).path(options.first_frame));
+    if (!options.save_setup.empty()) folder_of(options.save_setup);
+    if (!options.cache_dir.empty()) folders.push_back(options.cache_dir);
+    std::sort(folders.begin(), folders.end());
+    folders.erase(std::unique(folders.begin(), folders.end()), folders.end());
+    for (const std::string &folder : folders) sparkhost::remove_stale_temporaries(folder);
+}
+
 }  // namespace
 
 int render(const RenderOptions &options) {
@@ -109,6 +130,8 @@ int render(const RenderOptions &options) {
     sparkhost::Host host(host_settings(options, progress));
     attach_inputs(host, options);
     if (options.writes_frames()) check_output(options);
+    check_outputs_spare_inputs(options);
+    remove_stale_temporaries(options);
     host.load(plugin_path(options));
     for (const char *entry : {"SparkInitialise", "SparkProcess", "SparkUnInitialise"})
         if (!host.exports(entry)) throw Error("plug-in '" + host.plugin_path() + "' exports no " + entry);

@@ -131,5 +131,9 @@ int ShotRunner::catch_up() {
 
 void ShotRunner::frame_done(int frame) {
     if (!store_ || !saving_ || frame % options_.cache_every != 0 || store_->has(frame)) return;
-    if (!store_->save(frame, key_at(frame), host_.export_state())) saving_ = false;
+    if (store_->save(frame, key_at(frame), host_.export_state())) return;
+    // Filling the cache is the whole of such a run: a checkpoint lost fails it.
+    if (options_.simulate_only)
+        throw Error("--simulate-only: the checkpoint after frame " + std::to_string(frame) + " could not be saved");
+    saving_ = false;
 }

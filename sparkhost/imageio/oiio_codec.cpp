@@ -13,7 +13,9 @@
 
 #include "sparkhost/atomic_file.h"
 #include "sparkhost/error.h"
+#include "sparkhost/imageio/checked_output.h"
 #include "sparkhost/imageio/file_pixels.h"
+#include "sparkhost/regular_file.h"
 
 namespace sparkhost {
 
@@ -31,9 +33,8 @@ std::string oiio_problem(const std::string &text) {
 }
 
 std::unique_ptr<OIIO::ImageInput> open_input(const std::string &path) {
-    std::error_code error;
-    if (!std::filesystem::exists(path, error)) throw Error("no such file " + quoted(path));
-    if (std::filesystem::is_directory(path, error)) throw Error(quoted(path) + " is a directory");
+    // A FIFO or a device would hang the decoder or feed it without end.
+    check_regular_file(path);
     auto input = OIIO::ImageInput::open(path);
     if (!input) throw Error("cannot read " + quoted(path) + ": " + oiio_problem(OIIO::geterror()));
     return input;
@@ -76,8 +77,11 @@ Frame read_image(const std::string &path, Depth depth) {
     Frame frame(FrameFormat{spec.width, spec.height, depth});
     if (depth == Depth::Bits8 && channels >= 3) {
         // Straight into the frame, last row first, so the file lands flipped.
+        // Some readers (TIFF, JPEG) report a file cut short only as an error
+        // left behind, with the missing rows made up and success returned.
         const auto row_bytes = OIIO::stride_t(frame.format().row_bytes());
-        if (!input->read_image(0, 0, 0, 3, OIIO::TypeDesc::UINT8, frame.row(spec.height - 1), 3, -row_bytes))
+        if (!input->read_image(0, 0, 0, 3, OIIO::TypeDesc::UINT8, frame.row(spec.height - 1), 3, -row_bytes) ||
+            input->has_error())
             throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
         return frame;
     }
@@ -93,7 +97,8 @@ Frame read_image(const std::string &path, Depth depth) {
         floats.resize(samples);
         ok = input->read_image(0, 0, 0, channels, OIIO::TypeDesc::FLOAT, floats.data());
     }
-    if (!ok) throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
+    if (!ok || input->has_error())
+        throw Error("cannot read " + quoted(path) + ": " + oiio_problem(input->geterror()));
     for (int file_row = 0; file_row < spec.height; ++file_row) {
         int y = spec.height - 1 - file_row;
         for (int x = 0; x < spec.width; ++x) {
@@ -122,8 +127,8 @@ bool can_write_image(const std::string &path) {
 
 void write_image(AtomicFile &file, const Frame &frame, const std::string &compression) {
     const std::string &path = file.path();
-    auto output = OIIO::ImageOutput::create(path);
-    if (!output)
+    auto encoder = OIIO::ImageOutput::create(path);
+    if (!encoder)
         throw Error("cannot write " + quoted(path) + ": no image format for its extension");
     const FrameFormat &format = frame.format();
     std::string extension = extension_of(path);
@@ -133,6 +138,15 @@ void write_image(AtomicFile &file, const Frame &frame, const std::string &compre
     // A fixed stamp instead of the wall clock, so the same frame gives the same
     // bytes whenever and wherever it is rendered.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
+    // Every byte goes through a file that checks its writes: a full disk or a
+    // failed close fails the frame whatever the format's encoder makes of it.
+    CheckedOutput checked(file.temporary_path());
+    if (!checked.failure().empty()) throw Error("cannot write " + quoted(path) + ": " + checked.failure());
+    // Declared after the file, so that on every way out the encoder is
+    // dropped (which may still write) before the file it writes through.
+    const std::unique_ptr<OIIO::ImageOutput> output = std::move(encoder);
+    OIIO::Filesystem::IOProxy *proxy = &checked;
+    spec.attribute("oiio:ioproxy", OIIO::TypeDesc::PTR, &proxy);
     if (!output->open(file.temporary_path(), spec))
         throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
     // Converted samples go a band of rows at a time, through a buffer each
@@ -147,8 +161,10 @@ void write_image(AtomicFile &file, const Frame &frame, const std::string &compre
         ok = output->write_scanlines(top, top + count, 0, samples.type, samples.rows, OIIO::AutoStride,
                                      samples.stride);
     }
-    if (!ok || !output->close())
-        throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
+    const bool closed = ok && output->close();
+    const std::string failure = checked.finish();
+    if (!failure.empty()) throw Error("cannot write " + quoted(path) + ": " + failure);
+    if (!closed) throw Error("cannot write " + quoted(path) + ": " + oiio_problem(output->geterror()));
 }
 
 const ImageCodec codec = {kImageCodecVersion, probe_image, read_image, write_image, can_write_image};

@@ -90,7 +90,9 @@ TEST_F(FizzleFarm, RefusesWhatItCannotSubmitWithOneLine) {
         {{"submit", "--frames", "9-3", "-o", path("f.%04d.png")}, "--frames"},
         {{"submit", "--frames", "1-10", "--manager", "pbs", "-o", path("f.%04d.png")}, "'pbs' is not built"},
         {{"status", path("nowhere")}, "cannot read the job file"},
+        {{"status", path("fifo")}, "is a FIFO"},  // refused, not waited on
     };
+    ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
     for (const Case &c : cases) {
         SCOPED_TRACE(c.needle);
         const RunResult result = farm(c.arguments);

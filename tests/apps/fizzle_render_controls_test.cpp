@@ -54,7 +54,7 @@ TEST_F(FizzleRenderControls, MistakesAreRefusedBeforeAnyFrame) {
     std::ofstream(path("broken.json")) << "{ \"format\": \"sparkhost-setup\", ";
     expect_refused_render({"--setup", path("broken.json")}, {"--setup", "broken.json"});
     expect_refused_render({"--setup", path("absent.json")}, {"absent.json"});
-    expect_refused_render({"--import-amplitude", path("absent.amp")}, {"absent.amp", "cannot read"});
+    expect_refused_render({"--import-amplitude", path("absent.amp")}, {"absent.amp", "no such file"});
 }
 
 TEST_F(FizzleRenderControls, OptionsApplyInOrderAndTheSetupKeepsThem) {

@@ -83,3 +83,46 @@ TEST(SimulatedFrames, AndImportedStatesHoldAtAProxyAnOddSizeAnotherAspectAndTwel
     EXPECT_EQ(expected, rendered(simulated, kJoin, kLast));
     EXPECT_EQ(expected, rendered(imported, kJoin, kLast));
 }
+
+// A state with a good layout (a checkpoint's checksum is easily recomputed)
+// but what the simulation cannot make is refused whole.
+TEST(EffectState, RefusesStatesTheSimulationCannotMake) {
+    PresetHost rig(kWidth, kHeight);
+    start(rig, "Bubbly", true);
+    rendered(rig, 1, 5);
+    const std::vector<uint8_t> good = rig.host->export_state();
+    constexpr size_t kHeader = 60, kParticle = 72;
+    ASSERT_GT(good.size(), kHeader + kParticle);
+    const auto with_word = [&good](size_t at, uint32_t word) {
+        std::vector<uint8_t> state = good;
+        for (int i = 0; i < 4; ++i) state[at + i] = uint8_t(word >> (8 * i));
+        return state;
+    };
+    const uint32_t nan = 0x7FC00000u, infinite = 0x7F800000u;
+    std::vector<std::vector<uint8_t>> forged = {
+        with_word(kHeader + 8, nan),                    // x
+        with_word(kHeader + 20, infinite),              // vy
+        with_word(kHeader + 8, 0x5F000000u),            // x = 9.2e18, no pixel
+        with_word(kHeader + 40, uint32_t(-1000)),       // age
+        with_word(kHeader + 44, 0),                     // life
+        with_word(kHeader + 44, 100000),                // life beyond "Lifetime"
+        with_word(kHeader + 52, 7),                     // bursting
+        with_word(kHeader + 56, 3),                     // gather state
+        with_word(kHeader + 60, 5000),                  // sprite index
+    };
+    // 20,000 copies of one bubble: more born in one frame than "Density" allows.
+    std::vector<uint8_t> crowded = good;
+    size_t plain = kHeader;  // a bubble that has neither burst nor left a gathering
+    while (plain + kParticle < good.size() && (good[plain + 52] != 0 || good[plain + 56] == 2)) plain += kParticle;
+    const std::vector<uint8_t> one(good.begin() + plain, good.begin() + plain + kParticle);
+    for (int copy = 0; copy < 20000; ++copy) crowded.insert(crowded.end(), one.begin(), one.end());
+    const uint32_t count = uint32_t((crowded.size() - kHeader) / kParticle);
+    for (int i = 0; i < 4; ++i) crowded[kHeader - 4 + i] = uint8_t(count >> (8 * i));
+    forged.push_back(crowded);
+    for (size_t i = 0; i < forged.size(); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_FALSE(rig.host->import_state(forged[i]));
+        EXPECT_EQ(rig.host->export_state(), good);
+    }
+    EXPECT_TRUE(rig.host->import_state(good));
+}

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -95,4 +97,42 @@ TEST_F(AtomicFileTest, AnImageThatCannotBeWrittenLeavesNothingBehind) {
     sparkhost::write_image(path("frame.0001.png"), frame);
     EXPECT_EQ(sparkhost::probe_image(path("frame.0001.png")).width, 8);
     EXPECT_EQ(entries(), 2);
+}
+
+// A name as long as a file name may be still gets a temporary: the
+// temporary is shortened, not the write refused.
+TEST_F(AtomicFileTest, TheLongestLegalNameGetsATemporaryWithinTheFileNameLimit) {
+    const std::string name = std::string(244, 'n') + ".png";
+    const std::string temporary = sparkhost::temporary_path_for(path(name));
+    EXPECT_LE(fs::path(temporary).filename().string().size(), 255u);
+    EXPECT_EQ(fs::path(temporary).extension(), ".png");
+    sparkhost::write_image(path(name), sparkhost::Frame(sparkhost::FrameFormat{4, 4, sparkhost::Depth::Bits8}));
+    EXPECT_TRUE(fs::exists(path(name)));
+    EXPECT_EQ(entries(), 1);
+}
+
+// What a process killed outright left is removed by the next run in that
+// folder; temporaries of running processes or other machines are not.
+TEST_F(AtomicFileTest, StaleTemporariesOfDeadProcessesOnThisMachineAreRemoved) {
+    const pid_t child = fork();
+    if (child == 0) {
+        write(sparkhost::temporary_path_for(path("f.0001.png")), "killed mid-write");
+        _exit(0);
+    }
+    ASSERT_GT(child, 0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    const std::string own = sparkhost::temporary_path_for(path("f.0002.png"));
+    write(own, "still being written");
+    std::string foreign = fs::path(sparkhost::temporary_path_for(path("f.0003.png"))).filename().string();
+    foreign = foreign.substr(0, foreign.find('@')) + "@another-machine.png";
+    write(path(foreign), "a farm node's");
+    write(path("f.0004.png"), "a frame");
+    ASSERT_EQ(entries(), 4);
+
+    EXPECT_EQ(sparkhost::remove_stale_temporaries(dir_.string()), 1);
+    EXPECT_EQ(entries(), 3);
+    EXPECT_TRUE(fs::exists(own));
+    EXPECT_TRUE(fs::exists(path(foreign)));
+    EXPECT_EQ(sparkhost::remove_stale_temporaries(path("no-such-folder")), 0);
 }

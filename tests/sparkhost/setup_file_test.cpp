@@ -121,3 +121,18 @@ TEST_F(SetupFileTest, HostFunctionsReportBadFilesAndIgnoreMissingOnes) {
     sparkSaveSetup(&unwritable);
     EXPECT_THAT(sparkhost::last_setup_error(), HasSubstr("cannot write"));
 }
+
+// Whatever a setup holds can be loaded again: long curves are saved a few
+// bytes a key (indented, a key took five lines and such setups were saved
+// larger than a load accepts).
+TEST_F(SetupFileTest, LongCurvesAreSavedCompactlyAndLoadBackWhole) {
+    for (int key = 0; key < 100000; ++key) sparkhost::set_curve_key(93, float(key), float(key % 7) * 0.25f);
+    const std::map<int, sparkhost::Curve> curves = sparkhost::all_curves();
+    sparkhost::save_setup(path_);
+    std::ifstream saved(path_, std::ios::binary | std::ios::ate);
+    EXPECT_LT(std::size_t(saved.tellg()), 100000u * 16);
+    sparkhost::clear_curves();
+    sparkhost::load_setup(path_);
+    EXPECT_EQ(sparkhost::all_curves(), curves);
+    sparkhost::clear_curves();
+}
