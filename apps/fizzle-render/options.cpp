@@ -29,6 +29,7 @@ void check_patterns(const RenderOptions &options) {
     const std::pair<const char *, const std::string *> patterns[] = {
         {"--output", &options.output},
         {"--overlay-svg", &options.overlay_svg},
+        {"--layer", &options.plates.layer},
         {"--scene", &options.inputs[sparkhost::kScene]},
         {"--birth", &options.inputs[sparkhost::kBirth]},
         {"--burst", &options.inputs[sparkhost::kBurst]},

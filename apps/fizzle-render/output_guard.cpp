@@ -67,7 +67,8 @@ void check_outputs_spare_inputs(const RenderOptions &options) {
         if (identity_of(path, identity)) inputs.emplace(identity, path);
     };
     for (const std::string &input : options.inputs) existing_files(input, 1, options.last_frame, add_input);
-    for (const std::string *single : {&options.setup, &options.import_amplitude, &options.plugin})
+    for (const std::string *single :
+         {&options.setup, &options.import_amplitude, &options.plugin, &options.plates.colour_config})
         if (!single->empty()) add_input(*single);
 
     // special_ok: such names are passed over with a note (checkpoints).
@@ -88,6 +89,7 @@ void check_outputs_spare_inputs(const RenderOptions &options) {
     if (options.writes_frames()) {
         existing_files(options.output, options.first_frame, options.last_frame, refuse_input("--output"));
         existing_files(options.overlay_svg, options.first_frame, options.last_frame, refuse_input("--overlay-svg"));
+        existing_files(options.plates.layer, options.first_frame, options.last_frame, refuse_input("--layer"));
     }
     if (!options.save_setup.empty()) refuse_input("--save-setup")(options.save_setup);
     if (!options.cache_dir.empty()) {

@@ -49,6 +49,9 @@ TEST_F(RenderFiles, NoOutputMayOverwriteAnInputWhateverNameLeadsToIt) {
     expect_refused({"--size", size, "--scene", path("plate/p.%04d.png"), "--overlay-svg", path("plate/p.0001.png"),
                     "-o", path("out.png")},
                    {"--overlay-svg"});
+    expect_refused({"--size", size, "--frames", "1-2", "--scene", path("plate/p.%04d.png"), "--layer",
+                    path("plate/p.%04d.png"), "-o", path("out.%04d.png")},
+                   {"--layer", "p.0001.png", "is the input"});
     EXPECT_EQ(bytes_of(path("plate/p.0002.png")), plate);
     // Frames of the plate not read by this run may be written.
     EXPECT_EQ(run({"--size", size, "--frames", "1", "--scene", path("plate/p.%04d.png"), "-o",
