@@ -175,8 +175,8 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
     shade.ly = ly;
     shade.lz = lz;
     shade.min_bright = c.min_bright;
-    shade.shine = c.shine;
-    shade.highlight = c.highlight;
+    shade.shine = UnitPower(c.shine);
+    shade.highlight = UnitPower(c.highlight);
     if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0)
         shade.reflection = reflection_image;
     shade.ref_intensity = c.ref_intensity;
@@ -218,9 +218,10 @@ void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const 
         float d = float(double(c.lx * nx + c.ly * ny) + double(c.lz) * std::sqrt(double(nz2)));
         if (d < 0.0f) d = 0.0f;
         if (d > 1.0f) d = 1.0f;
-        k = ((int64_t(c.density) * c.glint) >> 15) *
-            int64_t(I * (c.min_bright / 100 + std::pow(double(d), c.shine)));
-        h = int64_t(c.glint * std::pow(double(d), c.highlight));
+        // The two powers without std::pow for almost every pixel, the same
+        // integers (the argument is in unit_power.h); 0 + p is p exactly.
+        k = ((int64_t(c.density) * c.glint) >> 15) * truncated_power_term(I, c.min_bright / 100, d, c.shine);
+        h = truncated_power_term(c.glint, 0.0, d, c.highlight);
     }
     int64_t w = k >> 15;
     if (w > 32768) w = 32768;
