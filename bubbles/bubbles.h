@@ -187,6 +187,9 @@ private:
     void part_advance(tagPARTSET *set, int32_t frame, int32_t congregate);
     // Blends one sprite pixel of coverage I and normal (nx, ny) into target.
     static void shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade);
+    // The same with the pixel's lit term k and highlight h worked out.
+    static void blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
+                            int64_t h);
 
     // A burst decided during the render, applied once the bands have joined.
     struct BurstDecision {

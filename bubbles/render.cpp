@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "bubbles/bubbles.h"
+#include "bubbles/shading_terms.h"
 #include "framework/messages.h"
 
 namespace {
@@ -192,22 +193,6 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
 
 void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade) {
     const BubbleShade &c = shade;
-    int64_t ref_red = 0, ref_green = 0, ref_blue = 0, ref_lum = 0;
-    if (const ImageQv *reflection = shade.reflection) {
-        const float half_w = float(shade.frame_width) / 2, half_h = float(shade.frame_height) / 2;
-        int32_t column = int32_t(nx * half_w + half_w);
-        int32_t row = int32_t(ny * half_h + half_h);
-        if (column > reflection->width - 1) column = reflection->width - 1;
-        if (column < 0) column = 0;
-        if (row > reflection->height - 1) row = reflection->height - 1;
-        if (row < 0) row = 0;
-        const PixelQv &seen = reflection->rows[row][column];
-        ref_red = clamp15((int64_t(seen.red * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
-        ref_green = clamp15((int64_t(seen.green * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
-        ref_blue = clamp15((int64_t(seen.blue * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
-        ref_lum = (5 * ref_red + 8 * ref_green + 3 * ref_blue) >> 4;
-    }
-
     int64_t k, h;
     if (c.glint < 0) {
         k = int64_t(c.density) * I;
@@ -222,6 +207,27 @@ void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const 
         // integers (the argument is in unit_power.h); 0 + p is p exactly.
         k = ((int64_t(c.density) * c.glint) >> 15) * truncated_power_term(I, c.min_bright / 100, d, c.shine);
         h = truncated_power_term(c.glint, 0.0, d, c.highlight);
+    }
+    blend_pixel(target, I, nx, ny, shade, k, h);
+}
+
+void Bubbles::blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
+                          int64_t h) {
+    const BubbleShade &c = shade;
+    int64_t ref_red = 0, ref_green = 0, ref_blue = 0, ref_lum = 0;
+    if (const ImageQv *reflection = shade.reflection) {
+        const float half_w = float(shade.frame_width) / 2, half_h = float(shade.frame_height) / 2;
+        int32_t column = int32_t(nx * half_w + half_w);
+        int32_t row = int32_t(ny * half_h + half_h);
+        if (column > reflection->width - 1) column = reflection->width - 1;
+        if (column < 0) column = 0;
+        if (row > reflection->height - 1) row = reflection->height - 1;
+        if (row < 0) row = 0;
+        const PixelQv &seen = reflection->rows[row][column];
+        ref_red = clamp15((int64_t(seen.red * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
+        ref_green = clamp15((int64_t(seen.green * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
+        ref_blue = clamp15((int64_t(seen.blue * c.ref_intensity / 100 * double(c.light)) * I) >> 15);
+        ref_lum = (5 * ref_red + 8 * ref_green + 3 * ref_blue) >> 4;
     }
     int64_t w = k >> 15;
     if (w > 32768) w = 32768;
@@ -247,6 +253,43 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
     long row_end = top + h - 1 < at.last ? top + h - 1 : at.last;
     if (row_begin < 0) row_begin = 0;
     if (row_end > rows - 1) row_end = rows - 1;
+    if (shade.glint >= 0 && shading_terms_cover(shade)) {
+        // The lit and highlight terms a run of pixels at a time, then each
+        // pixel blended as shade_pixel would.
+        const int64_t strength = (int64_t(shade.density) * shade.glint) >> 15;
+        const int32_t first_column = left < 0 ? -left : 0;
+        const int32_t end_column = columns - left < w ? columns - left : w;
+        int32_t lit[kShadeRun], high[kShadeRun];
+        const auto blend_run = [&](long y, int32_t from, int32_t n, const int32_t *lit_run, const int32_t *high_run) {
+            const size_t at = size_t(y - top) * size_t(w) + size_t(from);
+            PixelQv *out = image->rows[y] + left + from;
+            for (int32_t i = 0; i < n; ++i) {
+                const int32_t I = lump->intensity[at + i];
+                if (I == 0) continue;
+                blend_pixel(out[i], I, lump->normal_x[at + i], lump->normal_y[at + i], shade, strength * lit_run[i],
+                            high_run[i]);
+            }
+        };
+        const long rows_drawn = row_end - row_begin + 1;
+        if (first_column == 0 && end_column == w && rows_drawn * w <= kShadeRun) {
+            // Small sprites, the common case, in one run over their rows.
+            const size_t at = size_t(row_begin - top) * size_t(w);
+            shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at,
+                          int(rows_drawn * w), lit, high);
+            for (long y = row_begin; y <= row_end; ++y)
+                blend_run(y, 0, w, lit + (y - row_begin) * w, high + (y - row_begin) * w);
+        } else {
+            for (long y = row_begin; y <= row_end; ++y)
+                for (int32_t from = first_column; from < end_column; from += kShadeRun) {
+                    const int32_t n = end_column - from < kShadeRun ? end_column - from : kShadeRun;
+                    const size_t at = size_t(y - top) * size_t(w) + size_t(from);
+                    shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, lit,
+                                  high);
+                    blend_run(y, from, n, lit, high);
+                }
+        }
+        return;
+    }
     for (long y = row_begin; y <= row_end; ++y) {
         const size_t sprite_row = size_t(y - top) * size_t(w);
         PixelQv *out = image->rows[y];

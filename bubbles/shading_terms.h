@@ -1,0 +1,33 @@
+// The lit and highlight terms of a run of sprite pixels, several pixels at a
+// time: for each pixel the integers the per-pixel shader would compute,
+//   lit  = int64_t(I * (min_bright / 100 + pow(d, shine)))
+//   high = int64_t(glint * pow(d, highlight)),
+// d being the pixel's lighting term. Each lane does the scalar shader's
+// operations in its order; the powers are bracketed as UnitPower does
+// (unit_power.h) and std::pow settles the rare lanes the bracket leaves open.
+#pragma once
+
+#include <cstdint>
+
+#include "bubbles/bubble_shade.h"
+
+// Processor features the terms are computed with; the widest one the
+// processor runs is used.
+enum class ShadeVectors { Baseline, Avx2, Avx512 };
+
+bool shade_vectors_run_here(ShadeVectors vectors);
+
+// Pixels per call at most.
+constexpr int kShadeRun = 1024;
+
+// Whether shading_terms() covers this bubble: the light on, the exponents
+// in UnitPower's range and the terms small enough for 32-bit lanes.
+bool shading_terms_cover(const BubbleShade &shade);
+
+// lit[i], high[i] for the n <= kShadeRun pixels (intensity, normal_x,
+// normal_y)[i]; pixels of intensity 0 get unspecified terms.
+void shading_terms(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
+                   int n, int32_t *lit, int32_t *high);
+// The same with the given vectors, for the tests.
+void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity,
+                        const float *normal_x, const float *normal_y, int n, int32_t *lit, int32_t *high);
