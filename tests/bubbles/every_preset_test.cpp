@@ -35,11 +35,22 @@ struct DenseConfiguration {
 };
 
 const DenseConfiguration kDense[] = {
-    {"Basic Density 5000", "Basic", {{"Density", 5000}, {"Reflections", 1}, {"Bubbles Burst", 1}}},
+    {"Basic Density 5000", "Basic",
+     {{"Density", 5000}, {"PreRoll", 12}, {"Reflections", 1}, {"Bubbles Burst", 1}}},
     {"Bubbly Density 500 glisten", "Bubbly",
-     {{"Density", 500}, {"Reflections", 1}, {"Glisten Tight", 7.5}, {"Shine", 31.7}, {"Highlight", 2.3}}},
+     {{"Density", 500},
+      {"PreRoll", 24},
+      {"Reflections", 1},
+      {"Glisten Tight", 7.5},
+      {"Shine", 31.7},
+      {"Highlight", 2.3}}},
     {"Champagne Density 2000 dim", "Champagne",
-     {{"Density", 2000}, {"Min. Bright", 12.5}, {"Shine", 1.3}, {"Highlight", 187.9}, {"Bubbles Burst", 1}}},
+     {{"Density", 2000},
+      {"PreRoll", 12},
+      {"Min. Bright", 12.5},
+      {"Shine", 1.3},
+      {"Highlight", 187.9},
+      {"Bubbles Burst", 1}}},
 };
 
 // "<preset> <frame>" to the frame's hash, for every preset.

@@ -43,7 +43,7 @@ const GoldenShot kShots[] = {
     {"Under Water 12-bit aspect 0.9 proxy 1/3", "Under Water", 192, 108,
      {sparkhost::Depth::Bits12, 0.9f, 2}, {}},
     {"Basic Density 5000 reflections bursts", "Basic", 96, 64, {},
-     {{"Density", 5000}, {"Reflections", 1}, {"Bubbles Burst", 1}}},
+     {{"Density", 5000}, {"PreRoll", 12}, {"Reflections", 1}, {"Bubbles Burst", 1}}},
 };
 
 // Every frame of every shot under "<shot> <frame>".
