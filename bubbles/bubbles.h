@@ -196,6 +196,17 @@ private:
         tagPART *particle;
         int32_t age;
     };
+    // A bubble as the bands see it: where it starts in the frame's draws and
+    // the rows it can touch (all rows when unsure).
+    struct PlannedBubble {
+        tagPART *particle;
+        int32_t counter;
+        int32_t first;
+        int32_t last;
+    };
+    void plan_rows();
+    std::vector<PlannedBubble> planned;
+    bool rows_planned = false;
     tagPARTSET *render_set = nullptr;
     std::atomic<bool> burst_recorder_taken{false};
     std::vector<BurstDecision> burst_decisions;

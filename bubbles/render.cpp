@@ -1,7 +1,9 @@
 // The banded bubble renderer: per bubble its fade, light cone, glint and
 // burst decision, then its sprite shaded and blended over the output.
 #include <cmath>
+#include <climits>
 #include <cstdint>
+#include <cstring>
 
 #include "bubbles/bubbles.h"
 #include "bubbles/shading_terms.h"
@@ -44,7 +46,10 @@ void Bubbles::part_render_bands() {
         PrintError("part_set_execute(): no output image to draw the bubbles into\n");
         return;
     }
+    plan_rows();
     MultiProcess(&Bubbles::mp_PartRender, long(output_image->height));
+    planned.clear();
+    rows_planned = false;
 }
 
 void Bubbles::part_render_end() {
@@ -57,9 +62,57 @@ void Bubbles::part_render_end() {
     mp_region = 0;
 }
 
+// One walk of every bubble ahead of the bands, with no rows: it makes the
+// burst decisions and the draws, and notes where each bubble starts in the
+// draws and which rows it can touch. Each band then draws only the bubbles
+// over its rows, from their noted draw, in list order as before.
+void Bubbles::plan_rows() {
+    const tagPARTSET *set = render_set;
+    planned.clear();
+    rows_planned = false;
+    if (!set) return;
+    burst_recorder_taken.store(true);
+    int32_t counter = 0;
+    for (tagPART *p = set->live_list; p; p = p->next) {
+        if (AbortRender()) break;
+        PlannedBubble plan{p, counter, INT32_MIN, INT32_MAX};
+        int32_t burst_age = 0;
+        const bool bursts_now = part_render(set, p, 0, -1, counter, burst_age) != 0;
+        if (bursts_now) burst_decisions.push_back(BurstDecision{p, burst_age});
+        const tagPARTLUMP *lump = set->lumps_corrected && p->size >= 0 && p->size < set->lump_count
+                                      ? set->lumps_corrected[p->size]
+                                      : nullptr;
+        if (lump) {
+            const int32_t py = int32_t(0.5 + double(p->y));
+            const int32_t top = py - lump->height / 2;
+            const float extent = std::fabs(set->burst_extent);
+            if (!p->bursting && !bursts_now && p->gather_state != 2) {
+                plan.first = top;
+                plan.last = top + lump->height - 1;
+            } else if (extent < 1000.0f) {
+                // Fragments land within (1..2) * extent of the sprite's reach.
+                const int32_t reach = int32_t(2 * (lump->height + 1) * (extent + 1)) + 2;
+                plan.first = py - reach;
+                plan.last = py + reach;
+            }
+        }
+        planned.push_back(plan);
+    }
+    rows_planned = true;
+}
+
 void Bubbles::mp_PartRender(long first, long last) {
     const tagPARTSET *set = render_set;
     if (!set) return;
+    if (rows_planned) {
+        for (const PlannedBubble &plan : planned) {
+            if (AbortRender()) break;
+            if (plan.last < first || plan.first > last) continue;
+            int32_t counter = plan.counter, burst_age = 0;
+            part_render(set, plan.particle, first, last, counter, burst_age);
+        }
+        return;
+    }
     // Every band reaches the same decisions; one band writes them down and
     // they are applied after the join, so no band sees another's writes.
     const bool recording = !burst_recorder_taken.exchange(true);
@@ -274,8 +327,18 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
         if (first_column == 0 && end_column == w && rows_drawn * w <= kShadeRun) {
             // Small sprites, the common case, in one run over their rows.
             const size_t at = size_t(row_begin - top) * size_t(w);
-            shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at,
-                          int(rows_drawn * w), lit, high);
+            const int n = int(rows_drawn * w);
+            if (!shade.reflection) {
+                // The rows copied together, shaded and blended, copied back.
+                PixelQv pixels[kShadeRun + kShadeBlock];
+                for (long y = row_begin; y <= row_end; ++y)
+                    std::memcpy(pixels + (y - row_begin) * w, image->rows[y] + left, sizeof(PixelQv) * size_t(w));
+                shade_run(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, pixels);
+                for (long y = row_begin; y <= row_end; ++y)
+                    std::memcpy(image->rows[y] + left, pixels + (y - row_begin) * w, sizeof(PixelQv) * size_t(w));
+                return;
+            }
+            shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, lit, high);
             for (long y = row_begin; y <= row_end; ++y)
                 blend_run(y, 0, w, lit + (y - row_begin) * w, high + (y - row_begin) * w);
         } else {

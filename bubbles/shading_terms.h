@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "bubbles/bubble_shade.h"
+#include "framework/pixel.h"
 
 // Processor features the terms are computed with; the widest one the
 // processor runs is used.
@@ -17,8 +18,10 @@ enum class ShadeVectors { Baseline, Avx2, Avx512 };
 
 bool shade_vectors_run_here(ShadeVectors vectors);
 
-// Pixels per call at most.
+// Pixels per call at most, and the padding a pixel buffer of shade_run
+// needs past its last pixel (the widest block).
 constexpr int kShadeRun = 1024;
+constexpr int kShadeBlock = 8;
 
 // Whether shading_terms() covers this bubble: the light on, the exponents
 // in UnitPower's range and the terms small enough for 32-bit lanes.
@@ -31,3 +34,12 @@ void shading_terms(const BubbleShade &shade, const int32_t *intensity, const flo
 // The same with the given vectors, for the tests.
 void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity,
                         const float *normal_x, const float *normal_y, int n, int32_t *lit, int32_t *high);
+
+// Shades and blends the n <= kShadeRun pixels (intensity, normal_x,
+// normal_y)[i] over pixels[i], exactly as shade_pixel, for a bubble that
+// shading_terms_cover() accepts and without a reflection. pixels has room
+// for kShadeBlock - 1 more, which it may rewrite unchanged.
+void shade_run(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
+               int n, PixelQv *pixels);
+void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity, const float *normal_x,
+                    const float *normal_y, int n, PixelQv *pixels);
