@@ -1,8 +1,9 @@
 // The vector body of shading_terms.cpp. Included there once per instruction
 // set, inside a namespace and a target region of its own, so it has no
 // include guard. Before it, the includer defines Lanes<M>::{Doubles, Floats,
-// Ints, Words, Longs} and struct Isa with gather(table, indices) and
-// root(doubles) for its blocks of M lanes.
+// Ints, Words, Longs} and struct Isa with gather(table, indices),
+// root(doubles) and none(ints), whether every lane is 0, for its blocks of
+// M lanes.
 
 template <class Vector, class T>
 [[gnu::always_inline]] inline Vector load(const T *values) {
@@ -83,8 +84,10 @@ struct Kernel {
         high = __builtin_convertvector(glint * (0.0 + glint_lo), Ints);
         const Ints settled = usable & (lit == __builtin_convertvector(scale * (base + hi), Ints)) &
                              (high == __builtin_convertvector(glint * (0.0 + glint_hi), Ints));
+        const Ints open = ~settled & (coverage != 0);
+        if (Isa::none(open)) return;
         for (int i = 0; i < M; ++i)
-            if (!settled[i] && coverage[i] != 0) {
+            if (open[i]) {
                 lit[i] = int32_t(int64_t(coverage[i] * (base + std::pow(double(d[i]), shine))));
                 high[i] = int32_t(int64_t(c.glint * std::pow(double(d[i]), highlight)));
             }
@@ -156,6 +159,7 @@ struct Kernel {
             Ints coverage, lit, high;
             Floats nx, ny;
             inputs(intensity, normal_x, normal_y, at, n, coverage, nx, ny);
+            if (Isa::none(coverage)) continue;  // a sprite's corner
             terms(c, t, coverage, nx, ny, lit, high);
             const Longs block = blend(c, strength, coverage, lit, high, load<Longs>(pixels + at));
             std::memcpy(pixels + at, &block, sizeof block);

@@ -51,6 +51,14 @@ struct Isa {
         for (unsigned i = 0; i < sizeof(Doubles) / sizeof(double); ++i) roots[i] = std::sqrt(v[i]);
         return roots;
     }
+    template <class Ints>
+    [[gnu::always_inline]] static bool none(const Ints &v) {
+        uint64_t halves[sizeof(Ints) / 8];
+        std::memcpy(halves, &v, sizeof halves);
+        uint64_t any = 0;
+        for (uint64_t half : halves) any |= half;
+        return any == 0;
+    }
 };
 #include "bubbles/shading_kernel.h"
 
@@ -77,6 +85,9 @@ struct Isa {
     [[gnu::always_inline]] static LaneTypes<4>::Doubles root(const LaneTypes<4>::Doubles &v) {
         return LaneTypes<4>::Doubles(_mm256_sqrt_pd(__m256d(v)));
     }
+    [[gnu::always_inline]] static bool none(const LaneTypes<4>::Ints &v) {
+        return _mm_testz_si128(__m128i(v), __m128i(v));
+    }
 };
 #include "bubbles/shading_kernel.h"
 
@@ -102,6 +113,9 @@ struct Isa {
     }
     [[gnu::always_inline]] static LaneTypes<8>::Doubles root(const LaneTypes<8>::Doubles &v) {
         return LaneTypes<8>::Doubles(_mm512_sqrt_pd(__m512d(v)));
+    }
+    [[gnu::always_inline]] static bool none(const LaneTypes<8>::Ints &v) {
+        return _mm256_testz_si256(__m256i(v), __m256i(v));
     }
 };
 #include "bubbles/shading_kernel.h"

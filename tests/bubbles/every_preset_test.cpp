@@ -100,7 +100,8 @@ TEST(EveryPreset, SameKeptFramesOnOneTwoThreeAndSixteenProcessors) {
         GTEST_SKIP() << "wrote " << kHashFile;
     }
     const std::map<std::string, std::string> kept = read_hashes();
-    ASSERT_EQ(kept.size(), size_t((kDemoPresetCount + std::size(kDense)) * kFrames)) << "no or incomplete " << kHashFile;
+    ASSERT_EQ(kept.size(), size_t((kDemoPresetCount + std::size(kDense)) * kFrames))
+        << "no or incomplete " << kHashFile;
     for (int processors : {1, 2, 3, 16}) {
         const std::map<std::string, std::string> rendered = render_presets(processors);
         for (const auto &[key, hash] : rendered) EXPECT_EQ(hash, kept.at(key)) << key << " on " << processors;
