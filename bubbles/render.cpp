@@ -330,6 +330,10 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
         const int32_t first_column = left < 0 ? -left : 0;
         const int32_t end_column = columns - left < w ? columns - left : w;
         int32_t lit[kShadeRun], high[kShadeRun];
+        const auto run_at = [lump](size_t at) {
+            return SpriteRun{lump->intensity + at, lump->normal_x + at, lump->normal_y + at,
+                             lump->depth ? lump->depth + at : nullptr};
+        };
         const auto blend_run = [&](long y, int32_t from, int32_t n, const int32_t *lit_run, const int32_t *high_run) {
             const size_t at = size_t(y - top) * size_t(w) + size_t(from);
             PixelQv *out = image->rows[y] + left + from;
@@ -350,12 +354,12 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
                 PixelQv pixels[kShadeRun + kShadeBlock];
                 for (long y = row_begin; y <= row_end; ++y)
                     std::memcpy(pixels + (y - row_begin) * w, image->rows[y] + left, sizeof(PixelQv) * size_t(w));
-                shade_run(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, pixels);
+                shade_run(shade, run_at(at), n, pixels);
                 for (long y = row_begin; y <= row_end; ++y)
                     std::memcpy(image->rows[y] + left, pixels + (y - row_begin) * w, sizeof(PixelQv) * size_t(w));
                 return;
             }
-            shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, lit, high);
+            shading_terms(shade, run_at(at), n, lit, high);
             for (long y = row_begin; y <= row_end; ++y)
                 blend_run(y, 0, w, lit + (y - row_begin) * w, high + (y - row_begin) * w);
         } else {
@@ -363,8 +367,7 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
                 for (int32_t from = first_column; from < end_column; from += kShadeRun) {
                     const int32_t n = end_column - from < kShadeRun ? end_column - from : kShadeRun;
                     const size_t at = size_t(y - top) * size_t(w) + size_t(from);
-                    shading_terms(shade, lump->intensity + at, lump->normal_x + at, lump->normal_y + at, n, lit,
-                                  high);
+                    shading_terms(shade, run_at(at), n, lit, high);
                     blend_run(y, from, n, lit, high);
                 }
         }

@@ -56,13 +56,17 @@ struct Kernel {
     }
 
     // The lit and highlight terms of the block's lanes (coverage, nx, ny).
-    [[gnu::always_inline]] static void terms(const BubbleShade &c, const UnitPowerTables &t, const Ints &coverage,
-                                             const Floats &nx, const Floats &ny, Ints &lit, Ints &high) {
-        const double base = c.min_bright / 100, glint = c.glint;
-        const double shine = c.shine.exponent(), highlight = c.highlight.exponent();
+    [[gnu::always_inline]] static Doubles depth_of(const Floats &nx, const Floats &ny) {
         Floats nz2 = 1.0f - nx * nx - ny * ny;
         nz2 = nz2 < 0.0f ? Floats{} : nz2;
-        const Doubles depth = Isa::root(__builtin_convertvector(nz2, Doubles));
+        return Isa::root(__builtin_convertvector(nz2, Doubles));
+    }
+
+    [[gnu::always_inline]] static void terms(const BubbleShade &c, const UnitPowerTables &t, const Ints &coverage,
+                                             const Floats &nx, const Floats &ny, const Doubles &depth, Ints &lit,
+                                             Ints &high) {
+        const double base = c.min_bright / 100, glint = c.glint;
+        const double shine = c.shine.exponent(), highlight = c.highlight.exponent();
         Floats d = __builtin_convertvector(
             __builtin_convertvector(c.lx * nx + c.ly * ny, Doubles) + double(c.lz) * depth, Floats);
         d = d < 0.0f ? Floats{} : d;
@@ -93,31 +97,33 @@ struct Kernel {
             }
     }
 
-    // The block of the run starting at `at`, lanes past n zero.
-    [[gnu::always_inline]] static void inputs(const int32_t *intensity, const float *normal_x,
-                                              const float *normal_y, int at, int n, Ints &coverage, Floats &nx,
-                                              Floats &ny) {
+    // The block of the run starting at `at`, lanes past n zero; the depths
+    // from the sprite's table when it has one.
+    [[gnu::always_inline]] static void inputs(const SpriteRun &run, int at, int n, Ints &coverage, Floats &nx,
+                                              Floats &ny, Doubles &depth) {
         if (at + M <= n) {
-            coverage = load<Ints>(intensity + at);
-            nx = load<Floats>(normal_x + at);
-            ny = load<Floats>(normal_y + at);
+            coverage = load<Ints>(run.intensity + at);
+            nx = load<Floats>(run.normal_x + at);
+            ny = load<Floats>(run.normal_y + at);
+            depth = run.depth ? load<Doubles>(run.depth + at) : depth_of(nx, ny);
             return;
         }
         coverage = Ints{};
         nx = ny = Floats{};
         for (int i = 0; at + i < n; ++i)
-            coverage[i] = intensity[at + i], nx[i] = normal_x[at + i], ny[i] = normal_y[at + i];
+            coverage[i] = run.intensity[at + i], nx[i] = run.normal_x[at + i], ny[i] = run.normal_y[at + i];
+        depth = depth_of(nx, ny);
     }
 
-    [[gnu::always_inline]] static void run_terms(const BubbleShade &c, const int32_t *intensity,
-                                                 const float *normal_x, const float *normal_y, int n, int32_t *lit,
+    [[gnu::always_inline]] static void run_terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit,
                                                  int32_t *high) {
         const UnitPowerTables &t = UnitPowerTables::get();
         for (int at = 0; at < n; at += M) {
             Ints coverage, lit_block, high_block;
             Floats nx, ny;
-            inputs(intensity, normal_x, normal_y, at, n, coverage, nx, ny);
-            terms(c, t, coverage, nx, ny, lit_block, high_block);
+            Doubles depth;
+            inputs(run, at, n, coverage, nx, ny, depth);
+            terms(c, t, coverage, nx, ny, depth, lit_block, high_block);
             for (int i = 0; i < M && at + i < n; ++i) lit[at + i] = lit_block[i], high[at + i] = high_block[i];
         }
     }
@@ -151,16 +157,16 @@ struct Kernel {
         return __builtin_convertvector(coverage != 0, Longs) ? blended : pixels;
     }
 
-    [[gnu::always_inline]] static void run_blend(const BubbleShade &c, double strength, const int32_t *intensity,
-                                                 const float *normal_x, const float *normal_y, int n,
+    [[gnu::always_inline]] static void run_blend(const BubbleShade &c, double strength, const SpriteRun &run, int n,
                                                  PixelQv *pixels) {
         const UnitPowerTables &t = UnitPowerTables::get();
         for (int at = 0; at < n; at += M) {
             Ints coverage, lit, high;
             Floats nx, ny;
-            inputs(intensity, normal_x, normal_y, at, n, coverage, nx, ny);
+            Doubles depth;
+            inputs(run, at, n, coverage, nx, ny, depth);
             if (Isa::none(coverage)) continue;  // a sprite's corner
-            terms(c, t, coverage, nx, ny, lit, high);
+            terms(c, t, coverage, nx, ny, depth, lit, high);
             const Longs block = blend(c, strength, coverage, lit, high, load<Longs>(pixels + at));
             std::memcpy(pixels + at, &block, sizeof block);
         }

@@ -29,10 +29,8 @@ struct LaneTypes {
     typedef int64_t Longs __attribute__((vector_size(M * sizeof(int64_t))));
 };
 
-typedef void TermsFunction(const BubbleShade &, const int32_t *, const float *, const float *, int, int32_t *,
-                           int32_t *);
-typedef void BlendFunction(const BubbleShade &, double, const int32_t *, const float *, const float *, int,
-                           PixelQv *);
+typedef void TermsFunction(const BubbleShade &, const SpriteRun &, int, int32_t *, int32_t *);
+typedef void BlendFunction(const BubbleShade &, double, const SpriteRun &, int, PixelQv *);
 
 namespace baseline {
 template <int M>
@@ -62,13 +60,11 @@ struct Isa {
 };
 #include "bubbles/shading_kernel.h"
 
-void terms(const BubbleShade &c, const int32_t *intensity, const float *nx, const float *ny, int n, int32_t *lit,
-           int32_t *high) {
-    Kernel<2>::run_terms(c, intensity, nx, ny, n, lit, high);
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<2>::run_terms(c, run, n, lit, high);
 }
-void blend(const BubbleShade &c, double strength, const int32_t *intensity, const float *nx, const float *ny, int n,
-           PixelQv *pixels) {
-    Kernel<2>::run_blend(c, strength, intensity, nx, ny, n, pixels);
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<2>::run_blend(c, strength, run, n, pixels);
 }
 }  // namespace baseline
 
@@ -91,13 +87,11 @@ struct Isa {
 };
 #include "bubbles/shading_kernel.h"
 
-void terms(const BubbleShade &c, const int32_t *intensity, const float *nx, const float *ny, int n, int32_t *lit,
-           int32_t *high) {
-    Kernel<4>::run_terms(c, intensity, nx, ny, n, lit, high);
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<4>::run_terms(c, run, n, lit, high);
 }
-void blend(const BubbleShade &c, double strength, const int32_t *intensity, const float *nx, const float *ny, int n,
-           PixelQv *pixels) {
-    Kernel<4>::run_blend(c, strength, intensity, nx, ny, n, pixels);
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<4>::run_blend(c, strength, run, n, pixels);
 }
 }  // namespace avx2
 #pragma GCC pop_options
@@ -120,13 +114,11 @@ struct Isa {
 };
 #include "bubbles/shading_kernel.h"
 
-void terms(const BubbleShade &c, const int32_t *intensity, const float *nx, const float *ny, int n, int32_t *lit,
-           int32_t *high) {
-    Kernel<8>::run_terms(c, intensity, nx, ny, n, lit, high);
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<8>::run_terms(c, run, n, lit, high);
 }
-void blend(const BubbleShade &c, double strength, const int32_t *intensity, const float *nx, const float *ny, int n,
-           PixelQv *pixels) {
-    Kernel<8>::run_blend(c, strength, intensity, nx, ny, n, pixels);
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<8>::run_blend(c, strength, run, n, pixels);
 }
 }  // namespace avx512
 #pragma GCC pop_options
@@ -180,23 +172,20 @@ bool shading_terms_cover(const BubbleShade &shade) {
            shade.highlight.exponent() <= 1024.0;
 }
 
-void shading_terms(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
-                   int n, int32_t *lit, int32_t *high) {
-    terms_function(kWidest)(shade, intensity, normal_x, normal_y, n, lit, high);
+void shading_terms(const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    terms_function(kWidest)(shade, run, n, lit, high);
 }
 
-void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity,
-                        const float *normal_x, const float *normal_y, int n, int32_t *lit, int32_t *high) {
-    terms_function(vectors)(shade, intensity, normal_x, normal_y, n, lit, high);
+void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit,
+                        int32_t *high) {
+    terms_function(vectors)(shade, run, n, lit, high);
 }
 
-void shade_run(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
-               int n, PixelQv *pixels) {
-    shade_run_with(kWidest, shade, intensity, normal_x, normal_y, n, pixels);
+void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
+    shade_run_with(kWidest, shade, run, n, pixels);
 }
 
-void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity, const float *normal_x,
-                    const float *normal_y, int n, PixelQv *pixels) {
+void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
     const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
-    blend_function(vectors)(shade, strength, intensity, normal_x, normal_y, n, pixels);
+    blend_function(vectors)(shade, strength, run, n, pixels);
 }

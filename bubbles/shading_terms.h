@@ -27,19 +27,25 @@ constexpr int kShadeBlock = 8;
 // in UnitPower's range and the terms small enough for 32-bit lanes.
 bool shading_terms_cover(const BubbleShade &shade);
 
-// lit[i], high[i] for the n <= kShadeRun pixels (intensity, normal_x,
-// normal_y)[i]; pixels of intensity 0 get unspecified terms.
-void shading_terms(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
-                   int n, int32_t *lit, int32_t *high);
-// The same with the given vectors, for the tests.
-void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity,
-                        const float *normal_x, const float *normal_y, int n, int32_t *lit, int32_t *high);
+// A run of sprite pixels: coverage, normal and, when the sprite has them,
+// the normals' depths (null: worked out).
+struct SpriteRun {
+    const int32_t *intensity;
+    const float *normal_x;
+    const float *normal_y;
+    const double *depth;
+};
 
-// Shades and blends the n <= kShadeRun pixels (intensity, normal_x,
-// normal_y)[i] over pixels[i], exactly as shade_pixel, for a bubble that
-// shading_terms_cover() accepts and without a reflection. pixels has room
-// for kShadeBlock - 1 more, which it may rewrite unchanged.
-void shade_run(const BubbleShade &shade, const int32_t *intensity, const float *normal_x, const float *normal_y,
-               int n, PixelQv *pixels);
-void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const int32_t *intensity, const float *normal_x,
-                    const float *normal_y, int n, PixelQv *pixels);
+// lit[i], high[i] for the first n <= kShadeRun pixels of the run; pixels of
+// intensity 0 get unspecified terms.
+void shading_terms(const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit, int32_t *high);
+// The same with the given vectors, for the tests.
+void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit,
+                        int32_t *high);
+
+// Shades and blends the first n <= kShadeRun pixels of the run over
+// pixels[i], exactly as shade_pixel, for a bubble that shading_terms_cover()
+// accepts and without a reflection. pixels has room for kShadeBlock - 1
+// more, which it may rewrite unchanged.
+void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels);
+void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels);

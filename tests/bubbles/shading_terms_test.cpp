@@ -33,22 +33,30 @@ void plain_shade(PixelQv &target, int32_t I, float nx, float ny, const BubbleSha
     target.alpha = uint16_t(clamp15(target.alpha + w + h));
 }
 
-struct SpriteRun {
+struct Pixels {
     std::vector<int32_t> intensity;
     std::vector<float> nx, ny;
+    std::vector<double> depth;
     std::vector<PixelQv> pixels;
 };
 
+// The run with its depths half the time, as a squeezed sprite has them.
+SpriteRun sprite_run(const Pixels &run, int round) {
+    return SpriteRun{run.intensity.data(), run.nx.data(), run.ny.data(), round % 2 ? run.depth.data() : nullptr};
+}
+
 // A run of n sprite pixels, some uncovered, normals inside and just outside
 // the unit disc, over pixels of any 16-bit value.
-SpriteRun random_run(std::mt19937 &pick, int n) {
+Pixels random_run(std::mt19937 &pick, int n) {
     std::uniform_int_distribution<int32_t> coverage(0, 32767), word(0, 65535);
     std::uniform_real_distribution<float> normal(-1.05f, 1.05f);
-    SpriteRun run;
+    Pixels run;
     for (int i = 0; i < n; ++i) {
         run.intensity.push_back(i % 5 == 3 ? 0 : coverage(pick));
         run.nx.push_back(normal(pick));
         run.ny.push_back(normal(pick));
+        const float nz2 = 1 - run.nx.back() * run.nx.back() - run.ny.back() * run.ny.back();
+        run.depth.push_back(std::sqrt(double(nz2 < 0.0f ? 0.0f : nz2)));
         run.pixels.push_back(
             PixelQv{uint16_t(word(pick)), uint16_t(word(pick)), uint16_t(word(pick)), uint16_t(word(pick))});
     }
@@ -97,13 +105,13 @@ TEST(ShadingTerms, EveryWidthBlendsThePlainFormulasBytes) {
         const BubbleShade shade = random_shade(pick, round);
         ASSERT_TRUE(shading_terms_cover(shade));
         const int n = 1 + round % 34;
-        const SpriteRun run = random_run(pick, n);
+        const Pixels run = random_run(pick, n);
         std::vector<PixelQv> expected = run.pixels;
         for (int i = 0; i < n; ++i)
             if (run.intensity[i] != 0) plain_shade(expected[i], run.intensity[i], run.nx[i], run.ny[i], shade);
         for (ShadeVectors vectors : vectors_here()) {
             std::vector<PixelQv> got = run.pixels;
-            shade_run_with(vectors, shade, run.intensity.data(), run.nx.data(), run.ny.data(), n, got.data());
+            shade_run_with(vectors, shade, sprite_run(run, round), n, got.data());
             for (int i = 0; i < n; ++i)
                 ASSERT_TRUE(same(got[i], expected[i]))
                     << "width " << int(vectors) << " round " << round << " pixel " << i << " of " << n;
@@ -116,11 +124,10 @@ TEST(ShadingTerms, EveryWidthGivesThePlainTerms) {
     for (int round = 0; round < 300; ++round) {
         const BubbleShade shade = random_shade(pick, round);
         const int n = 1 + round % 34;
-        const SpriteRun run = random_run(pick, n);
+        const Pixels run = random_run(pick, n);
         for (ShadeVectors vectors : vectors_here()) {
             std::vector<int32_t> lit(static_cast<size_t>(n)), high(static_cast<size_t>(n));
-            shading_terms_with(vectors, shade, run.intensity.data(), run.nx.data(), run.ny.data(), n, lit.data(),
-                               high.data());
+            shading_terms_with(vectors, shade, sprite_run(run, round), n, lit.data(), high.data());
             for (int i = 0; i < n; ++i) {
                 if (run.intensity[i] == 0) continue;
                 float nz2 = 1 - run.nx[i] * run.nx[i] - run.ny[i] * run.ny[i];
