@@ -1,5 +1,6 @@
 // The banded bubble renderer: per bubble its fade, light cone, glint and
 // burst decision, then its sprite shaded and blended over the output.
+#include <algorithm>
 #include <cmath>
 #include <climits>
 #include <cstdint>
@@ -102,9 +103,9 @@ void Bubbles::plan_rows() {
                 plan.last = top + lump->height - 1;
             } else if (extent < 1000.0f) {
                 // Fragments land within (1..2) * extent of the sprite's reach.
-                const int32_t reach = int32_t(2 * (lump->height + 1) * (extent + 1)) + 2;
-                plan.first = py - reach;
-                plan.last = py + reach;
+                const int64_t reach = int64_t(2 * (lump->height + 1) * (extent + 1)) + 2;
+                plan.first = int32_t(std::max<int64_t>(INT32_MIN, py - reach));
+                plan.last = int32_t(std::min<int64_t>(INT32_MAX, py + reach));
             }
         }
         planned.push_back(plan);
