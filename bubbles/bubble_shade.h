@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "bubbles/sprite.h"
+#include "bubbles/unit_power.h"
 #include "framework/image.h"
 
 struct BubbleShade {
@@ -22,8 +23,8 @@ struct BubbleShade {
     float lz = 0.0f;
     // Lighting terms of the controls: a percent and two exponents.
     double min_bright = 0.0;
-    double shine = 0.0;
-    double highlight = 0.0;
+    UnitPower shine;
+    UnitPower highlight;
     // The image the bubble reflects (null when reflections are off or there
     // is none), its strength in percent, and the frame it is spread over.
     const ImageQv *reflection = nullptr;

@@ -187,12 +187,26 @@ private:
     void part_advance(tagPARTSET *set, int32_t frame, int32_t congregate);
     // Blends one sprite pixel of coverage I and normal (nx, ny) into target.
     static void shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade);
+    // The same with the pixel's lit term k and highlight h worked out.
+    static void blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
+                            int64_t h);
 
     // A burst decided during the render, applied once the bands have joined.
     struct BurstDecision {
         tagPART *particle;
         int32_t age;
     };
+    // A bubble as the bands see it: where it starts in the frame's draws and
+    // the rows it can touch (all rows when unsure).
+    struct PlannedBubble {
+        tagPART *particle;
+        int32_t counter;
+        int32_t first;
+        int32_t last;
+    };
+    void plan_rows();
+    std::vector<PlannedBubble> planned;
+    bool rows_planned = false;
     tagPARTSET *render_set = nullptr;
     std::atomic<bool> burst_recorder_taken{false};
     std::vector<BurstDecision> burst_decisions;

@@ -56,6 +56,7 @@ void part_lump_free(tagPARTLUMP *lump) {
     std::free(lump->intensity);
     std::free(lump->normal_x);
     std::free(lump->normal_y);
+    std::free(lump->depth);
     std::free(lump);
 }
 
@@ -159,5 +160,18 @@ tagPARTLUMP *Bubbles::part_aspect_correct(const tagPARTLUMP *lump, float factor)
     }
     p_resample(lump->normal_x, lump->width, lump->height, corrected->normal_x, new_width, new_height);
     p_resample(lump->normal_y, lump->width, lump->height, corrected->normal_y, new_width, new_height);
+    // Every bubble drawn with this sprite takes the same square roots.
+    const size_t count = size_t(new_width) * size_t(new_height);
+    corrected->depth = static_cast<double *>(std::malloc(count * sizeof(double)));
+    if (!corrected->depth) {
+        part_lump_free(corrected);
+        return nullptr;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        const float nx = corrected->normal_x[i], ny = corrected->normal_y[i];
+        float nz2 = 1 - nx * nx - ny * ny;
+        if (nz2 < 0.0f) nz2 = 0.0f;
+        corrected->depth[i] = std::sqrt(double(nz2));
+    }
     return corrected;
 }

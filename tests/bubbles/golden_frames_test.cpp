@@ -13,6 +13,8 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "golden_report.h"
 #include "preset_host.h"
@@ -27,16 +29,21 @@ struct GoldenShot {
     const char *preset;
     int width, height;
     PresetLook look;
+    std::vector<std::pair<std::string, double>> settings;  // set after the preset is chosen
 };
 
 // Light and reflections on at a pixel aspect that is no power of two, in
 // 12-bit at proxy 1/3: the sprite resamplers and the proxy path together.
+// The dense shot draws thousands of overlapping lit, reflecting and bursting
+// bubbles a frame, where the shading's every path is taken many times over.
 const GoldenShot kShots[] = {
-    {"Basic", "Basic", 96, 64, {}},
-    {"Bubbly", "Bubbly", 96, 64, {}},
-    {"Champagne", "Champagne", 96, 64, {}},
+    {"Basic", "Basic", 96, 64, {}, {}},
+    {"Bubbly", "Bubbly", 96, 64, {}, {}},
+    {"Champagne", "Champagne", 96, 64, {}, {}},
     {"Under Water 12-bit aspect 0.9 proxy 1/3", "Under Water", 192, 108,
-     {sparkhost::Depth::Bits12, 0.9f, 2}},
+     {sparkhost::Depth::Bits12, 0.9f, 2}, {}},
+    {"Basic Density 5000 reflections bursts", "Basic", 96, 64, {},
+     {{"Density", 5000}, {"PreRoll", 12}, {"Reflections", 1}, {"Bubbles Burst", 1}}},
 };
 
 // Every frame of every shot under "<shot> <frame>".
@@ -45,6 +52,7 @@ std::map<std::string, sparkhost::Frame> render_sequence(int processors) {
     for (const GoldenShot &shot : kShots) {
         PresetHost rig(shot.width, shot.height, processors, shot.look);
         rig.choose(shot.preset);
+        rig.set_controls(shot.settings);
         rig.press_preroll();
         for (int number = 1; number <= kFrames; ++number)
             frames[std::string(shot.name) + " " + std::to_string(number)] = rig.render(number);

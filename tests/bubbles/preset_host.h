@@ -7,6 +7,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "sparkhost/frame.h"
 #include "sparkhost/host.h"
@@ -27,6 +29,8 @@ struct PresetHost {
     // Picks the preset's entry of the "Demos" list as a user would, with
     // Auto Preview off so that nothing renders yet.
     void choose(const std::string &preset);
+    // Sets controls by name, in order, as a user would before the pre-roll.
+    void set_controls(const std::vector<std::pair<std::string, double>> &settings);
     void press_preroll();
     // Processes one frame (numbered from 1); an empty frame when refused.
     sparkhost::Frame render(int number);

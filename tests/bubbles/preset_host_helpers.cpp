@@ -54,6 +54,10 @@ void PresetHost::choose(const std::string &preset) {
     host->set_control("Demos", value - 1);
 }
 
+void PresetHost::set_controls(const std::vector<std::pair<std::string, double>> &settings) {
+    for (const auto &[name, value] : settings) host->set_control(name, value);
+}
+
 void PresetHost::press_preroll() { host->press_control("Restart+PreRoll"); }
 
 sparkhost::Frame PresetHost::render(int number) {
