@@ -2,18 +2,23 @@
 #include "effect_session.h"
 
 #include <cstdio>
+#include <utility>
 
 #include "apps/fizzle-render/host_setup.h"
 #include "sparkhost/error.h"
 
 using sparkhost::Error;
 
-// The host's picture of the frame being rendered. The simulation never reads
-// the scene, so one picture is all it needs to hold.
+// The host's picture of the frame being rendered, and the next one as the
+// host hands it over: kept apart, so that a repeated frame is recognised
+// without a copy. The simulation never reads the scene, so one picture is
+// all the plug-in needs.
 class EffectSession::SceneClip : public sparkhost::ClipSource {
 public:
-    explicit SceneClip(const sparkhost::FrameFormat &format) : picture_(format) {}
-    sparkhost::Frame &picture() { return picture_; }
+    explicit SceneClip(const sparkhost::FrameFormat &format) : picture_(format), next_(format) {}
+    sparkhost::Frame &next() { return next_; }
+    bool next_is_same() const { return next_ == picture_; }
+    void take_next() { std::swap(picture_, next_); }
     sparkhost::Frame frame(int, const sparkhost::FrameFormat &) override { return picture_; }
     void fill(int, const sparkhost::FrameFormat &, sparkhost::Frame &into) override {
         into.reshape(picture_.format());
@@ -24,6 +29,7 @@ public:
 
 private:
     sparkhost::Frame picture_;
+    sparkhost::Frame next_;
 };
 
 namespace {
@@ -80,7 +86,7 @@ EffectSession::~EffectSession() {
     }
 }
 
-sparkhost::Frame &EffectSession::scene() { return scene_->picture(); }
+sparkhost::Frame &EffectSession::scene() { return scene_->next(); }
 
 void EffectSession::advance(int frame) {
     shot_->advance(frame);
@@ -117,16 +123,14 @@ void EffectSession::reach(int done) {
 const sparkhost::Frame &EffectSession::render(int frame) {
     if (frame < 1) throw Error("frame numbers start at 1, not " + std::to_string(frame));
     // Hosts repeat the last frame (MLT at the end of a clip, a paused player).
-    if (frame == shown_ && scene_->picture() == shown_scene_) return host_.output_buffer();
+    if (frame == shown_ && scene_->next_is_same()) return host_.output_buffer();
     shown_ = 0;
+    scene_->take_next();
     reach(frame - 1);
-    states_.keep_recent(done_, host_.export_state());
     if (!host_.run_frame(frame)) throw Error(host_.last_failure());
     done_ = frame;
     shot_->frame_done(frame);
     if (states_.wants(frame)) states_.keep(frame, host_.export_state());
     shown_ = frame;
-    shown_scene_.reshape(scene_->picture().format());
-    shown_scene_.assign(scene_->picture());
     return host_.output_buffer();
 }

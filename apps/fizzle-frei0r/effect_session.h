@@ -42,8 +42,6 @@ private:
     StateMemory states_;
     bool started_ = false;
     int done_ = 0;  // the plug-in's state is the one after this frame
-    // The picture in the output buffer, and the scene it was made from.
-    int shown_ = 0;
-    sparkhost::Frame shown_scene_;
+    int shown_ = 0;  // the frame in the output buffer, 0: none
     long simulated_ = 0;
 };

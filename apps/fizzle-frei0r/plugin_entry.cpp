@@ -8,6 +8,7 @@
 // (it keeps the effect in globals).
 #include <dlfcn.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -109,13 +110,24 @@ bool start_library(std::string &problem) {
     return true;
 }
 
+bool environment_flag(const char *name) {
+    const char *value = std::getenv(name);
+    return value && *value && std::strcmp(value, "0") != 0;
+}
+
+// FIZZLE_FREI0R_LOG: a line a call (time, frame, milliseconds), to see what a
+// host passes. FIZZLE_FREI0R_TIMINGS: a summary as each instance ends.
 bool logging_frames() {
-    static const bool on = [] {
-        const char *value = std::getenv("FIZZLE_FREI0R_LOG");
-        return value && *value && std::strcmp(value, "0") != 0;
-    }();
+    static const bool on = environment_flag("FIZZLE_FREI0R_LOG");
     return on;
 }
+
+bool summing_times() {
+    static const bool on = environment_flag("FIZZLE_FREI0R_TIMINGS");
+    return on;
+}
+
+using Clock = std::chrono::steady_clock;
 
 // Option names in fizzle-render's messages mean nothing to a host's user.
 std::string without_dashes(std::string text) {
@@ -133,6 +145,18 @@ struct Instance {
     std::optional<FrameClock> clock;
     ClockSettings clock_settings;
     long updates = 0;
+    long rendered = 0;
+    double seconds = 0;  // in f0r_update, frames that rendered
+    double slowest = 0;
+
+    ~Instance() {
+        if (!summing_times() || rendered == 0) return;
+        std::fprintf(stderr,
+                     "fizzle: timings: %ld frames of %dx%d in %.3f s, %.1f ms a frame, slowest %.1f ms; %ld frames "
+                     "simulated without a picture\n",
+                     rendered, width, height, seconds, 1000.0 * seconds / double(rendered), 1000.0 * slowest,
+                     session ? session->simulated_frames() : 0L);
+    }
 };
 
 std::string text_of(const ParameterValue &value) { return value.text; }
@@ -165,10 +189,8 @@ void update(Instance &instance, double time, const uint32_t *in, uint32_t *out) 
             instance.clock.emplace(clock.rate, clock.unit);
             instance.clock_settings = clock;
         }
+        const Clock::time_point started = Clock::now();
         const int frame = instance.clock->frame_at(time);
-        if (logging_frames())
-            std::fprintf(stderr, "fizzle: instance %p call %ld time %.17g frame %d\n", static_cast<void *>(&instance),
-                         ++instance.updates, time, frame);
         if (!instance.session) {
             // The plug-in greets on standard output as it starts, where a host
             // may be writing the video (ffmpeg ... -f rawvideo -): the greeting
@@ -187,6 +209,14 @@ void update(Instance &instance, double time, const uint32_t *in, uint32_t *out) 
         rgba_to_frame(in, instance.session->scene());
         const sparkhost::Frame &picture = instance.session->render(frame);
         frame_to_rgba(picture, in, out);
+        const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
+        ++instance.updates;
+        ++instance.rendered;
+        instance.seconds += seconds;
+        if (seconds > instance.slowest) instance.slowest = seconds;
+        if (logging_frames())
+            std::fprintf(stderr, "fizzle: instance %p call %ld time %.17g frame %d %.1f ms\n",
+                         static_cast<void *>(&instance), instance.updates, time, frame, 1000.0 * seconds);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "fizzle: %s; the picture passes through unchanged\n", without_dashes(error.what()).c_str());
         instance.session.reset();

@@ -23,16 +23,9 @@ void StateMemory::keep(int frame, std::vector<uint8_t> state) {
     }
 }
 
-void StateMemory::keep_recent(int frame, std::vector<uint8_t> state) { recent_.emplace(frame, std::move(state)); }
-
 std::optional<std::pair<int, const std::vector<uint8_t> *>> StateMemory::nearest(int frame) const {
-    std::optional<std::pair<int, const std::vector<uint8_t> *>> best;
     auto after = states_.upper_bound(frame);
-    if (after != states_.begin()) {
-        --after;
-        best = std::make_pair(after->first, &after->second);
-    }
-    if (recent_ && recent_->first <= frame && (!best || recent_->first > best->first))
-        best = std::make_pair(recent_->first, &recent_->second);
-    return best;
+    if (after == states_.begin()) return std::nullopt;
+    --after;
+    return std::make_pair(after->first, &after->second);
 }

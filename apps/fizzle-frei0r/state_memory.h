@@ -14,13 +14,12 @@ class StateMemory {
 public:
     // One state every `every` frames while the whole stays under `budget`
     // bytes; past it, every other one is let go and the spacing doubles.
-    // The state before the newest frame rendered is kept besides, so that a
-    // repeated frame costs no simulation.
+    // Simulating a frame costs a few per cent of drawing one, so a request
+    // between kept states is answered quickly enough.
     explicit StateMemory(int every = 10, size_t budget = size_t(256) << 20);
 
     bool wants(int frame) const;
     void keep(int frame, std::vector<uint8_t> state);
-    void keep_recent(int frame, std::vector<uint8_t> state);
     // The kept state after the latest frame at or before `frame`.
     std::optional<std::pair<int, const std::vector<uint8_t> *>> nearest(int frame) const;
 
@@ -32,5 +31,4 @@ private:
     size_t budget_;
     size_t bytes_ = 0;
     std::map<int, std::vector<uint8_t>> states_;
-    std::optional<std::pair<int, std::vector<uint8_t>>> recent_;
 };
