@@ -35,7 +35,7 @@ passed_through() {
     lines=$(grep -o "fizzle: " "$2" | wc -l)
     [ "$lines" -eq 1 ] || { cat "$2"; fail "$3: $lines lines from the filter, not one"; }
     grep -q 'passes through unchanged' "$2" || { cat "$2"; fail "$3: no word of the picture passing through"; }
-    same "$1" scene.rgb "$3 passes the scene through"
+    same "$1" "${4:-scene.rgb}" "$3 passes the scene through"
 }
 
 ffmpeg -loglevel error -f lavfi -i testsrc=size=$size:rate=25 -frames:v $frames -start_number 1 scene.%04d.png
@@ -63,6 +63,11 @@ ffmpeg)
     ffmpeg -loglevel error -y -start_number 1 -i scene.%04d.png -vf frei0r=fizzle:missing.setup \
         -f rawvideo -pix_fmt rgb24 missing.rgb 2>missing.err
     passed_through missing.rgb missing.err "a missing setup"
+    # Wider than the effect's buffers take (a picture of two rows, so it stays small).
+    ffmpeg -loglevel error -y -f lavfi -i color=red:size=16400x2 -frames:v 2 -f rawvideo -pix_fmt rgb24 wide_in.rgb
+    ffmpeg -loglevel error -y -f lavfi -i color=red:size=16400x2 -frames:v 2 -vf "frei0r=fizzle:|Basic|y" \
+        -f rawvideo -pix_fmt rgb24 too_wide.rgb 2>too_wide.err
+    passed_through too_wide.rgb too_wide.err "a size the effect does not take" wide_in.rgb
     ;;
 melt)
     printf 'description=test\nframe_rate_num=25\nframe_rate_den=1\nwidth=%s\nheight=%s\nprogressive=1\nsample_aspect_num=1\nsample_aspect_den=1\ndisplay_aspect_num=16\ndisplay_aspect_den=9\ncolorspace=709\n' \

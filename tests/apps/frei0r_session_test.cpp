@@ -3,6 +3,7 @@
 // once, and the parameters that reach the controls.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <vector>
 
@@ -85,6 +86,24 @@ TEST(EffectSession, TwoInstancesInOneProcessEachHaveTheirOwnEffect) {
         const sparkhost::Frame basic = render(second, frame + 1);
         ASSERT_NE(basic, sequential()[size_t(frame + 1)]);
     }
+}
+
+TEST(EffectSession, TheFirstFrameStartsFromTheNearestCheckpointOnDisk) {
+    namespace fs = std::filesystem;
+    const fs::path cache = fs::path(FIZZLE_TEST_OUTPUT) / "frei0r_checkpoints";
+    fs::remove_all(cache);
+    RenderOptions options = shot_options();
+    options.cache_dir = cache.string();
+    options.cache_every = 5;
+    {
+        EffectSession filling(options, FIZZLE_PLUGIN_PATH);
+        for (int frame = 1; frame <= 12; ++frame) render(filling, frame);
+    }
+    EffectSession session(options, FIZZLE_PLUGIN_PATH);
+    EXPECT_EQ(render(session, 12), sequential()[12]);
+    EXPECT_EQ(session.simulated_frames(), 1) << "frame 11 only, after the checkpoint of frame 10";
+    EXPECT_EQ(render(session, 3), sequential()[3]);
+    fs::remove_all(cache);
 }
 
 TEST(EffectSession, BadSetUpIsAnErrorNamingIt) {
