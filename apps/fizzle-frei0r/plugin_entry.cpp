@@ -159,10 +159,17 @@ struct Instance {
     }
 };
 
-std::string text_of(const ParameterValue &value) { return value.text; }
-
 void pass_through(const Instance &instance, const uint32_t *in, uint32_t *out) {
     if (in != out) std::memcpy(out, in, size_t(instance.width) * size_t(instance.height) * 4);
+}
+
+// Once a set-up fails, its frames pass through, with one line for them all.
+void give_up(Instance &instance, const std::string &key, const std::string &why, const uint32_t *in, uint32_t *out) {
+    std::fprintf(stderr, "fizzle: %s; the picture passes through unchanged\n", why.c_str());
+    instance.session.reset();
+    instance.failed = true;
+    instance.key = key;
+    pass_through(instance, in, out);
 }
 
 void update(Instance &instance, double time, const uint32_t *in, uint32_t *out) {
@@ -175,7 +182,7 @@ void update(Instance &instance, double time, const uint32_t *in, uint32_t *out) 
         for (size_t i = 0; i < table.parameters().size(); ++i) {
             const ParameterRole role = table.parameters()[i].role;
             if (role == ParameterRole::FrameRate || role == ParameterRole::TimeUnit)
-                key += "\n" + text_of(instance.values[i]);
+                key += "\n" + instance.values[i].text;
         }
         if (key != instance.key) {
             instance.session.reset();
@@ -218,11 +225,9 @@ void update(Instance &instance, double time, const uint32_t *in, uint32_t *out) 
             std::fprintf(stderr, "fizzle: instance %p call %ld time %.17g frame %d %.1f ms\n",
                          static_cast<void *>(&instance), instance.updates, time, frame, 1000.0 * seconds);
     } catch (const std::exception &error) {
-        std::fprintf(stderr, "fizzle: %s; the picture passes through unchanged\n", without_dashes(error.what()).c_str());
-        instance.session.reset();
-        instance.failed = true;
-        instance.key = key;
-        pass_through(instance, in, out);
+        give_up(instance, key, without_dashes(error.what()), in, out);
+    } catch (...) {
+        give_up(instance, key, "unexpected failure", in, out);
     }
 }
 
@@ -297,7 +302,11 @@ __attribute__((visibility("default"))) void f0r_set_param_value(f0r_instance_t h
     }
     case ParameterType::String: {
         const char *text = *static_cast<char *const *>(param);
-        value.text = text ? text : "";
+        // A host cannot take an exception: a text that cannot be stored is dropped.
+        try {
+            value.text = text ? text : "";
+        } catch (...) {
+        }
         break;
     }
     }
