@@ -47,7 +47,7 @@ sanitize:
 	@./scripts/install-deps.sh
 	@cmake -S . -B $(BUILD)-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFIZZLE_SANITIZE=ON -DFIZZLE_BUILD_BENCH=OFF >/dev/null
 	@cmake --build $(BUILD)-sanitize -j $(JOBS)
-	cd $(BUILD)-sanitize && $(SANITIZE_ENV) ctest --output-on-failure -j $(JOBS) -LE 'browser|farm'
+	cd $(BUILD)-sanitize && $(SANITIZE_ENV) ctest --output-on-failure -j $(JOBS) -LE 'browser|farm|frei0r'
 	@$(MAKE) --no-print-directory tsan
 
 # The engine, host and fizzle-render tests under ThreadSanitizer, in a build
@@ -58,7 +58,7 @@ tsan:
 	@./scripts/install-deps.sh
 	@cmake -S . -B $(BUILD)-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFIZZLE_TSAN=ON -DFIZZLE_BUILD_BENCH=OFF >/dev/null
 	@cmake --build $(BUILD)-tsan -j $(JOBS) --target $(TSAN_TESTS) fizzle-render
-	cd $(BUILD)-tsan && TSAN_OPTIONS=halt_on_error=1:suppressions=$(CURDIR)/scripts/tsan.supp ctest --output-on-failure -j $(JOBS) -LE 'browser|farm' -E _NOT_BUILT
+	cd $(BUILD)-tsan && TSAN_OPTIONS=halt_on_error=1:suppressions=$(CURDIR)/scripts/tsan.supp ctest --output-on-failure -j $(JOBS) -LE 'browser|farm|frei0r' -E _NOT_BUILT
 
 # Every fuzz target (amplitude files, setup files, option values) under
 # libFuzzer, each for FUZZ_SECONDS (60 by default).

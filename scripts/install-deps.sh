@@ -10,6 +10,11 @@ PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-jso
 libgtest-dev libgmock-dev libbenchmark-dev \
 libopencolorio-dev openimageio-tools opencolorio-tools \
 slurm-wlm munge libcpp-httplib-dev chromium"
+# The frei0r filter builds on Debian's frei0r header and is tested in the
+# hosts that load it: ffmpeg, melt (MLT) and GStreamer (its frei0r element is
+# in -plugins-bad; PNG decoding and the file source in -good).
+PACKAGES="$PACKAGES frei0r-plugins-dev ffmpeg melt gstreamer1.0-tools gstreamer1.0-plugins-base \
+gstreamer1.0-plugins-good gstreamer1.0-plugins-bad"
 # fizzle-studio's browser tests run Playwright (from npm) under node; a node
 # installed some other way, with its own npm, is kept.
 command -v node >/dev/null 2>&1 || PACKAGES="$PACKAGES nodejs"
