@@ -16,10 +16,24 @@ const view = {
 
 // --- calls ---------------------------------------------------------------
 
+// The token from the address the studio printed, kept for this tab by this
+// origin alone (a page on another port cannot read it), so that a reload
+// still has it. Every call carries it in a header, which a page from
+// elsewhere cannot add to its requests.
+const TOKEN = (() => {
+  const given = new URLSearchParams(location.search).get('token');
+  if (given) sessionStorage.setItem('fizzle-studio-token', given);
+  return sessionStorage.getItem('fizzle-studio-token') || '';
+})();
+
+function studioFetch(path, options = {}) {
+  return fetch(path, { ...options, headers: { ...options.headers, 'X-Fizzle-Token': TOKEN } });
+}
+
 async function call(path, body) {
   const options = body === undefined ? {} :
     { method: 'POST', headers: { 'Content-Type': 'application/json' }, body: JSON.stringify(body) };
-  const response = await fetch(path, options);
+  const response = await studioFetch(path, options);
   const answer = await response.json().catch(() => ({}));
   if (!response.ok) {
     const error = new Error(answer.error || `${path}: ${response.status}`);
@@ -97,7 +111,7 @@ function applyPicture(image, bytes, changes) {
 // still has that; false when there was none.
 async function fetchPicture() {
   const base = view.image ? view.pictureVersion : 0;
-  const response = await fetch(`/api/frame?base=${base}`).catch(() => null);
+  const response = await studioFetch(`/api/frame?base=${base}`).catch(() => null);
   if (!response || !response.ok) return false;
   const version = Number(response.headers.get('X-Version'));
   if (response.status === 204) return false;
@@ -807,7 +821,7 @@ function setUpPanels() {
 }
 
 async function start() {
-  // The address's token is now a cookie: keep it out of the address bar and history.
+  // The token is kept for this tab: keep it out of the address bar and history.
   if (location.search.includes('token=')) history.replaceState(null, '', '/');
   setUpPen();
   setUpTimeline();
