@@ -2,6 +2,8 @@
 // read, and tested, as one piece.
 #include "access_rules.h"
 
+#include <arpa/inet.h>
+
 namespace {
 
 std::string cookie_value(const std::string &header, const std::string &name) {
@@ -43,13 +45,19 @@ std::string AccessRules::page_cookie() const {
     return page_cookie_name() + "=" + page_key_ + "; Path=/; HttpOnly; SameSite=Strict";
 }
 
-// Only this studio's own names: a name of another site that a resolver
-// points here (DNS rebinding) is refused.
+// Only this studio's own names, with its port: "localhost", the address it
+// listens on, or an address by number (with --listen, the one the user
+// typed). A name of another site that a resolver points here (DNS
+// rebinding) is refused.
 bool AccessRules::own_host(const std::string &host) const {
     const std::string port = ":" + std::to_string(port_);
-    for (const std::string &name : {std::string("127.0.0.1"), std::string("localhost"), std::string("[::1]"), listen_})
-        if (!name.empty() && host == name + port) return true;
-    return false;
+    if (host.size() <= port.size() || host.compare(host.size() - port.size(), port.size(), port) != 0) return false;
+    const std::string name = host.substr(0, host.size() - port.size());
+    if (name == "localhost" || name == listen_) return true;
+    unsigned char address[16];
+    if (inet_pton(AF_INET, name.c_str(), address) == 1) return true;
+    return name.size() > 2 && name.front() == '[' && name.back() == ']' &&
+           inet_pton(AF_INET6, name.substr(1, name.size() - 2).c_str(), address) == 1;
 }
 
 AccessVerdict AccessRules::check(const AccessRequest &request) const {

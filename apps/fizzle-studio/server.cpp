@@ -26,7 +26,7 @@ constexpr size_t kMaxBody = 64 * 1024;
 // The last frame a render or a command line may name: the timeline's own limit.
 constexpr int kLastFrame = 1000000;
 // Requests waiting for the plug-in at once; later ones are told it is busy.
-constexpr int kPluginRequests = 4;
+constexpr int kPluginRequests = 6;
 // An existing file a setup is saved over must be one: read at most this much to tell.
 constexpr uint64_t kLargestSetup = 64u << 20;
 

@@ -28,6 +28,13 @@ TEST(StudioAccess, TheOwnPageWithTheTokenReachesEverythingAtEitherLoopbackName) 
     by_name.host = "localhost:8600";
     by_name.origin = "http://localhost:8600";
     EXPECT_EQ(rules().check(by_name).access, Access::Everything);
+    // With --listen, the studio is reached by the address typed.
+    for (const char *address : {"192.168.1.5", "[::1]"}) {
+        AccessRequest by_number = own_call();
+        by_number.host = std::string(address) + ":8600";
+        by_number.origin = "http://" + by_number.host;
+        EXPECT_EQ(rules().check(by_number).access, Access::Everything) << address;
+    }
     // Scripts and the address typed in send neither Origin nor Sec-Fetch-Site "same-origin".
     AccessRequest script = own_call("GET", "/api/state");
     script.origin.clear();
@@ -60,6 +67,9 @@ TEST(StudioAccess, PagesOfOtherPortsAndOtherSitesAreRefusedEvenWithTheToken) {
     AccessRequest other_port = own_call();
     other_port.host = "127.0.0.1:9999";
     EXPECT_EQ(rules().check(other_port).access, Access::Refused);
+    AccessRequest no_port = own_call();
+    no_port.host = "127.0.0.1";
+    EXPECT_EQ(rules().check(no_port).access, Access::Refused);
     AccessRequest no_host = own_call();
     no_host.host.clear();
     EXPECT_EQ(rules().check(no_host).access, Access::Refused);
