@@ -96,9 +96,15 @@ test('a page on another port of 127.0.0.1 can neither change the studio nor lear
     assert.ok(seen.some((item) => item.url === '/done'), 'the foreign page did not finish');
     for (const item of seen) assert.ok(!item.cookie.includes(studio.token), `the foreign server got the token: ${item.cookie}`);
     await page.close();
-    // The studio's page still works, in the same browser, after all that.
+    // The studio's page still works, in the same browser, after all that,
+    // and after a reload; its help pages open in a tab of their own.
     await own.reload();
     await own.waitForSelector('body[data-ready=true]', { timeout: 30000 });
+    const [help] = await Promise.all([browser.waitForEvent('page'),
+      own.evaluate(() => { window.open('/help/bubbles.htm', '_blank', 'noopener'); })]);
+    await help.waitForLoadState();
+    assert.doesNotMatch(await help.content(), /forbidden/);
+    await help.close();
     await own.close();
   } finally {
     foreign.close();
