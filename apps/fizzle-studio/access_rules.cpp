@@ -65,7 +65,10 @@ AccessVerdict AccessRules::check(const AccessRequest &request) const {
     // Browsers name the page a request comes from; only the studio's own may ask.
     if (!request.origin.empty() && request.origin != "http://" + request.host)
         return {Access::Refused, "requests from other pages (" + request.origin + ") are refused"};
-    if (!request.fetch_site.empty() && request.fetch_site != "same-origin" && request.fetch_site != "none")
+    // A link elsewhere may still open the page itself (it cannot be framed);
+    // anything else another page sends is refused.
+    const bool opening_page = page_file(request) && request.fetch_mode == "navigate";
+    if (!request.fetch_site.empty() && request.fetch_site != "same-origin" && request.fetch_site != "none" && !opening_page)
         return {Access::Refused, "requests from other pages are refused"};
     if (same_secret(request.token, token_)) return {Access::Everything, {}};
     if (page_file(request) && same_secret(cookie_value(request.cookie, page_cookie_name()), page_key_))

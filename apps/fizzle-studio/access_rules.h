@@ -22,6 +22,7 @@ struct AccessRequest {
     std::string host;        // Host header
     std::string origin;      // Origin header, empty when absent
     std::string fetch_site;  // Sec-Fetch-Site header, empty when absent
+    std::string fetch_mode;  // Sec-Fetch-Mode header, empty when absent
     std::string token;       // from the token header, or the address's ?token=
     std::string cookie;      // Cookie header
 };

@@ -323,6 +323,7 @@ void StudioServer::routes() {
                             request.get_header_value("Host"),
                             request.get_header_value("Origin"),
                             request.get_header_value("Sec-Fetch-Site"),
+                            request.get_header_value("Sec-Fetch-Mode"),
                             request.get_header_value(AccessRules::kTokenHeader),
                             request.get_header_value("Cookie")};
         const bool token_in_address = asked.token.empty() && request.has_param("token");

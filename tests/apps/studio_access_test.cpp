@@ -59,6 +59,17 @@ TEST(StudioAccess, PagesOfOtherPortsAndOtherSitesAreRefusedEvenWithTheToken) {
         embedded.fetch_site = site;
         EXPECT_EQ(rules().check(embedded).access, Access::Refused) << site;
     }
+    // A link on another page may open the studio's page, but nothing else.
+    AccessRequest link = own_call("GET", "/");
+    link.origin.clear();
+    link.fetch_site = "cross-site";
+    link.fetch_mode = "navigate";
+    EXPECT_EQ(rules().check(link).access, Access::Everything);
+    link.path = "/api/file";
+    EXPECT_EQ(rules().check(link).access, Access::Refused);
+    link.path = "/";
+    link.fetch_mode = "no-cors";
+    EXPECT_EQ(rules().check(link).access, Access::Refused);
     // Another name resolved to this address (DNS rebinding) is not this studio.
     AccessRequest rebound = own_call();
     rebound.host = "attacker.example:8600";
