@@ -119,9 +119,11 @@ public:
           write_timeout_(std::chrono::seconds(write_timeout)), limits_(limits) {}
 
     // Waits for the next request's first byte; false when the connection
-    // should end instead (closed, idle too long, stopping, or others waiting).
-    bool next_request(time_t keep_alive_seconds) {
-        if (offset_ == filled_) {
+    // should end instead (closed, idle too long, stopping, or others
+    // waiting). A new connection's first request is read at once: its
+    // bytes may be a moment behind, and it gets the grace time of a head.
+    bool next_request(time_t keep_alive_seconds, bool first) {
+        if (!first && offset_ == filled_) {
             pollfd fds[3] = {{sock_, POLLIN, 0}, {signals_.stop_fd(), POLLIN, 0}, {signals_.pressure_fd(), POLLIN, 0}};
             if (poll(fds, 3, int(keep_alive_seconds * 1000)) <= 0 || fds[0].revents == 0) return false;
         }
@@ -239,7 +241,7 @@ bool GuardedServer::process_and_close_socket(socket_t sock) {
     current_stream = &stream;
     bool ok = false;
     for (size_t left = keep_alive_max_count_; left > 0 && svr_sock_ != INVALID_SOCKET; --left) {
-        if (!stream.next_request(keep_alive_timeout_sec_)) break;
+        if (!stream.next_request(keep_alive_timeout_sec_, left == keep_alive_max_count_)) break;
         bool closed = false;
         ok = process_request(stream, left == 1, closed, [&stream](httplib::Request &) { stream.head_read(); });
         if (!ok || closed || stream.closing) break;
