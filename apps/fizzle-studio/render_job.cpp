@@ -3,6 +3,7 @@
 #include "render_job.h"
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -56,7 +57,11 @@ std::string RenderJob::start(const std::string &program, const std::vector<std::
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
         signal(SIGPIPE, SIG_DFL);
-        fcntl(folder.get(), F_SETFD, 0);  // the one descriptor the render inherits
+        // The render inherits the frames' folder and nothing else of the
+        // studio's: no client connection, nor the listening socket, outlives
+        // the studio in it.
+        close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
+        fcntl(folder.get(), F_SETFD, 0);
         dup2(pipe_ends[1], STDERR_FILENO);
         int null = open("/dev/null", O_RDWR);
         if (null >= 0) {

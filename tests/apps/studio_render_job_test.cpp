@@ -70,6 +70,16 @@ TEST_F(StudioRenderJob, FollowsFramesWrittenThroughTheHeldFolderOverAnyRange) {
     EXPECT_LT(std::chrono::steady_clock::now() - started, 5s);
 }
 
+// Nothing else the studio holds open (its clients' connections, its
+// listening socket) lives on in the render.
+TEST_F(StudioRenderJob, TheRenderInheritsTheFolderAndNothingElse) {
+    const int stray = open("/dev/null", O_RDONLY);  // no O_CLOEXEC, as a library's socket might be
+    const std::string script = "[ -e \"$1\" ] && [ ! -e /proc/$$/fd/" + std::to_string(stray) + " ]";
+    ASSERT_EQ(start(script, 1, 1), "");
+    EXPECT_EQ(wait_for_end()["outcome"], "finished");
+    close(stray);
+}
+
 TEST_F(StudioRenderJob, AFailureIsToldWithTheFoldersName) {
     ASSERT_EQ(start("echo \"cannot write $1/f.0001.txt\" >&2; exit 1", 1, 3), "");
     EXPECT_EQ(wait_for_end()["outcome"], "cannot write out/f.0001.txt");
