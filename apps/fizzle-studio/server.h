@@ -1,17 +1,19 @@
 // The studio's HTTP side: the page's files and its JSON calls, every
-// request checked against the per-start token.
+// request checked against the per-start token and the origin rule
+// (access_rules.h).
 #pragma once
 
+#include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "access_rules.h"
 #include "render_job.h"
 #include "session.h"
 #include "work_files.h"
 
-namespace httplib {
-class Server;
-}
+class GuardedServer;
 
 struct ServerPaths {
     std::string web;          // the page's files
@@ -33,7 +35,12 @@ public:
 
 private:
     void routes();
-    bool authorised(const std::string &query_token, const std::string &cookie) const;
+
+    // Requests that need the plug-in wait for it one at a time; only a few
+    // may wait at once, so that a long call or an open question never
+    // takes every worker the page's other requests need.
+    class PluginTurn;
+    std::atomic<int> plugin_requests_{0};
 
     Session &session_;
     ServerPaths paths_;
@@ -41,8 +48,9 @@ private:
     WorkFiles web_;
     WorkFiles help_;
     std::string token_;
+    std::optional<AccessRules> rules_;  // once the port is known
     RenderJob render_;
-    std::unique_ptr<httplib::Server> server_;
+    std::unique_ptr<GuardedServer> server_;
 };
 
 // A fresh random token, 32 hex digits.

@@ -135,7 +135,7 @@ test('Reset asks in a dialog and the plug-in gets the answer', async () => {
   const density = page.getByRole('spinbutton', { name: 'Density' });
   await density.fill('77');
   await density.press('Enter');
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.number === 16).value === 77);
 
   await page.getByRole('button', { name: 'Reset' }).first().click();
@@ -281,7 +281,8 @@ test('requests without the token get 403; paths outside the working directory ge
   assert.equal((await post('/api/setup/save', { path: 'inside/kept.json' })).status, 200);
   assert.equal((await post('/api/setup/load', { path: 'inside/kept.json' })).status, 200);
   const missing = await post('/api/setup/load', { path: 'inside/none.json' });
-  assert.equal(missing.status, 400);
+  assert.equal(missing.status, 404);
+  assert.match((await missing.json()).error, /inside\/none.json/);
 });
 
 test('SIGTERM stops the studio cleanly and promptly, even with a question waiting for its answer', async () => {

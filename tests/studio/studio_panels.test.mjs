@@ -148,7 +148,7 @@ test('controls the plug-in hides leave the page and come back when their switch 
 test('the viewer shows the server\'s exact pixels, whether a picture came whole or as its changed pixels', async () => {
   const page = await openPage();
   const matches = () => page.evaluate(async () => {
-    const response = await fetch('/api/frame');
+    const response = await studioFetch('/api/frame');
     const version = Number(response.headers.get('X-Version'));
     const rgb = new Uint8Array(await response.arrayBuffer());
     const canvas = document.getElementById('picture');

@@ -109,20 +109,24 @@ test('a change and its undo leave frame N as it was, and the changed frame is th
   assert.deepEqual(file.subarray(header[0].length), changed);
 
   // Now that the setup file exists, writing it again asks first; "No" leaves it as it was.
+  // An older setup (only setups may be replaced, never other files).
   const setupFile = path.join(work, 'studio-setup.json');
-  writeFileSync(setupFile, '{"kept": true}\n');
+  const older = '{"format": "sparkhost-setup", "kept": true}\n';
+  writeFileSync(setupFile, older);
   await page.getByRole('button', { name: 'Save setup' }).click();
   const dialog = page.getByRole('dialog');
   await dialog.waitFor({ state: 'visible' });
   assert.match(await dialog.textContent(), /studio-setup\.json" exists already\. Replace it\?/);
   await dialog.getByRole('button', { name: 'No' }).click();
   await page.waitForTimeout(300);
-  assert.equal(readFileSync(setupFile, 'utf8'), '{"kept": true}\n');
+  assert.equal(readFileSync(setupFile, 'utf8'), older);
   await page.getByRole('button', { name: 'Copy command line' }).click();
   await dialog.waitFor({ state: 'visible' });
   await dialog.getByRole('button', { name: 'Yes' }).click();
-  await page.waitForFunction(() => /Command line/.test(document.getElementById('toasts').textContent));
-  assert.notEqual(readFileSync(setupFile, 'utf8'), '{"kept": true}\n');
+  // The first hand-off's notice may still be showing: wait for the file itself.
+  for (let tries = 0; tries < 100 && readFileSync(setupFile, 'utf8') === older; ++tries)
+    await page.waitForTimeout(50);
+  assert.notEqual(readFileSync(setupFile, 'utf8'), older);
 
   await page.keyboard.press('Control+z');
   await page.waitForFunction((v) => document.querySelector('[aria-label="Light Inten"]').value === v, was);
@@ -241,11 +245,11 @@ test('Space, the arrows, Home and End drive the timeline; arrowing through "Demo
   await page.waitForTimeout(500);
   assert.equal(await demosValue(), 0, 'an arrow applied a preset');
   await page.keyboard.press('Enter');
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.name === 'Demos').value === 2);
   await page.locator('body').click({ position: { x: 5, y: 5 } });
   await page.keyboard.press('Control+z');
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.name === 'Demos').value === 0);
   await page.close();
 });
@@ -259,16 +263,16 @@ test('a field works out arithmetic, clamps a value out of range and says so, and
   await size.fill('5000');
   await size.press('Enter');
   await page.waitForFunction(() => /"Bubble Size" takes 1 to 40: 5000 was set to 40/.test(document.getElementById('toasts').textContent));
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === 40);
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === 40);
   await size.fill('3*4+0.5');
   await size.press('Enter');
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === 12.5);
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === 12.5);
   await size.fill('twelve');
   await size.press('Enter');
   await page.waitForFunction(() => /"twelve" is not a number/.test(document.getElementById('toasts').textContent));
   assert.equal(await size.inputValue(), '12.5');
   await page.locator('.control label', { hasText: /^Bubble Size$/ }).dblclick();
-  await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === v, 20);
+  await page.waitForFunction(async (v) => (await (await studioFetch('/api/controls')).json()).controls.find((c) => c.name === 'Bubble Size').value === v, 20);
   // Put back as the suite found it.
   await api().post('/api/set', { number: 24, value: was });
   // Dragging a label sideways scrubs its value, a step a pixel.
@@ -279,10 +283,10 @@ test('a field works out arithmetic, clamps a value out of range and says so, and
   await page.mouse.down();
   for (let i = 1; i <= 6; ++i) await page.mouse.move(label.x + 10 + 5 * i, label.y + label.height / 2);
   await page.mouse.up();
-  await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async (v) => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.number === 16).value === v, densityWas + 30, { timeout: 15000 });
   await page.keyboard.press('Control+z');
-  await page.waitForFunction(async (v) => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async (v) => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.number === 16).value === v, densityWas, { timeout: 15000 });
   // The key button keys this frame and shows it.
   const key = page.getByRole('button', { name: 'Key Density' });

@@ -2,9 +2,21 @@
 // the one place that decides how a request proves it comes from the page.
 import { notify } from './state.js';
 
+// The token from the address the studio printed, kept for this tab by this
+// origin alone (a page on another port cannot read it), so that a reload
+// still has it. Every call carries it in a header, which a page from
+// elsewhere cannot add to its requests.
+const TOKEN = (() => {
+  const given = new URLSearchParams(location.search).get('token');
+  if (given) sessionStorage.setItem('fizzle-studio-token', given);
+  return sessionStorage.getItem('fizzle-studio-token') || '';
+})();
+
 export function send(path, options = {}) {
-  return fetch(path, options);
+  return fetch(path, { ...options, headers: { ...options.headers, 'X-Fizzle-Token': TOKEN } });
 }
+// For people who script the page from its console.
+window.studioFetch = send;
 
 export async function call(path, body) {
   const options = body === undefined ? {} :

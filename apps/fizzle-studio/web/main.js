@@ -47,7 +47,7 @@ async function poll() {
 }
 
 async function start() {
-  // The address's token is now a cookie: keep it out of the address bar and history.
+  // The token is kept for this tab: keep it out of the address bar and history.
   if (location.search.includes('token=')) history.replaceState(null, '', '/');
   setUpViewer();
   setUpTimeline();
