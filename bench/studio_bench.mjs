@@ -104,7 +104,7 @@ try {
   // "Soap" from its first frame.
   await page.getByRole('tab', { name: 'Bubbles' }).click();
   await page.getByRole('combobox', { name: 'Demos' }).selectOption({ label: 'Soap' });
-  await page.waitForFunction(async () => (await (await fetch('/api/controls')).json())
+  await page.waitForFunction(async () => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.name === 'Demos').value === 1);
   await page.locator('#frame-number').fill('1');
   await page.locator('#frame-number').press('Enter');
