@@ -18,7 +18,13 @@ async function refresh(answer = {}, context = {}) {
   await Promise.all([answer.listing ? null : loadControls(), answer.overlay ? null : fetchOverlay()]);
   if (answer.version) view.version = Math.max(view.version, answer.version);
 }
-onAction(refresh);
+// Any other action (a value, an undo, a preset) may move the handles: the
+// arrow keys then wait for the next handle grabbed rather than nudge where
+// one used to be.
+onAction((answer, context) => {
+  pen.handle = null;
+  return refresh(answer, context);
+});
 
 let polling = false, refreshing = false;
 async function poll() {
