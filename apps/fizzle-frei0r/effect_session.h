@@ -9,7 +9,7 @@
 #include "apps/fizzle-render/options.h"
 #include "apps/fizzle-render/shot_runner.h"
 #include "sparkhost/host.h"
-#include "state_memory.h"
+#include "sparkhost/state_cache.h"
 
 class EffectSession {
 public:
@@ -39,7 +39,7 @@ private:
     sparkhost::Host host_;
     std::shared_ptr<SceneClip> scene_;
     std::unique_ptr<ShotRunner> shot_;
-    StateMemory states_;
+    sparkhost::StateCache states_;
     bool started_ = false;
     int done_ = 0;  // the plug-in's state is the one after this frame
     int shown_ = 0;  // the frame in the output buffer, 0: none

@@ -20,7 +20,7 @@
 #include "sparkhost/viewer.h"
 #include "disk_states.h"
 #include "history.h"
-#include "state_cache.h"
+#include "sparkhost/state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
 class RequestError : public std::runtime_error {
@@ -134,10 +134,10 @@ private:
     std::mutex plugin_mutex_;
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
-    StateCache states_;
+    sparkhost::StateCache states_;
     std::string states_key_;     // the run states_ belongs to
     bool states_stale_ = false;  // settings changed since states_key_ was made
-    std::deque<std::pair<std::string, StateCache>> shelved_;  // newest first
+    std::deque<std::pair<std::string, sparkhost::StateCache>> shelved_;  // newest first
     History history_;
     ShotSettings defaults_;  // as the plug-in starts, before any preset or setup
     bool pen_down_ = false;

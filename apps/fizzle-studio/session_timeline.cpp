@@ -55,7 +55,7 @@ void Session::match_states() {
     std::string key = run_key();
     if (key == states_key_) return;
     if (states_.size()) shelved_.emplace_front(std::move(states_key_), std::move(states_));
-    states_ = StateCache();
+    states_ = sparkhost::StateCache();
     for (auto kept = shelved_.begin(); kept != shelved_.end(); ++kept)
         if (kept->first == key) {
             states_ = std::move(kept->second);

@@ -9,7 +9,7 @@
 
 #include "apps/fizzle-studio/history.h"
 #include "apps/fizzle-studio/session.h"
-#include "apps/fizzle-studio/state_cache.h"
+#include "sparkhost/state_cache.h"
 
 namespace {
 
@@ -196,7 +196,7 @@ TEST_F(StudioTimeline, CheckpointsOnDiskServeTheSameSettingsAgainAfterAChangeWas
 }
 
 TEST(StudioStateCache, ThinsToEveryOtherStateWhenOverItsBudget) {
-    StateCache cache(2, 100);
+    sparkhost::StateCache cache(2, 100);
     for (int frame = 1; frame <= 12; ++frame)
         if (cache.wants(frame)) cache.keep(frame, std::vector<uint8_t>(20, uint8_t(frame)));
     EXPECT_LE(cache.bytes(), 100u);

@@ -1,6 +1,6 @@
 // The plug-in's state after some of the frames simulated since the last
-// change, kept in memory so that a jump restarts from the nearest one instead
-// of from the first frame.
+// change, kept in memory so that a jump (a viewer's, a host asking for an
+// earlier frame) restarts from the nearest one instead of from the first frame.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,8 @@
 #include <map>
 #include <optional>
 #include <vector>
+
+namespace sparkhost {
 
 class StateCache {
 public:
@@ -34,3 +36,5 @@ private:
     size_t bytes_ = 0;
     std::map<int, std::vector<uint8_t>> states_;
 };
+
+}  // namespace sparkhost

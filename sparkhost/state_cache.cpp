@@ -1,6 +1,8 @@
 // Kept states, spaced evenly and thinned to stay within their memory budget.
 #include "state_cache.h"
 
+namespace sparkhost {
+
 StateCache::StateCache(int every, size_t budget) : base_every_(every), every_(every), budget_(budget) {}
 
 bool StateCache::wants(int frame) const { return frame % every_ == 0 && !states_.count(frame); }
@@ -41,3 +43,5 @@ void StateCache::clear() {
     bytes_ = 0;
     every_ = base_every_;
 }
+
+}  // namespace sparkhost
