@@ -8,7 +8,7 @@ import { pathToFileURL } from 'node:url';
 
 const buildDir = path.resolve(process.argv[2] || path.join(import.meta.dirname, '..', 'build'));
 process.env.FIZZLE_BUILD_DIR = buildDir;
-const { startStudio, stopStudio, launchBrowser, makeWorkDir } =
+const { startStudio, stopStudio, launchBrowser, makeWorkDir, emitterMiddle } =
   await import(pathToFileURL(path.join(buildDir, 'tests', 'studio', 'studio_harness.mjs')));
 
 const median = (values) => [...values].sort((a, b) => a - b)[Math.floor(values.length / 2)];
@@ -58,15 +58,7 @@ try {
 
   await page.getByRole('button', { name: 'Fit' }).click();
   await page.waitForTimeout(300);
-  const handle = await page.evaluate(() => {
-    const value = (name) => Number(document.querySelector(`[aria-label="${name}"]`).value);
-    const canvas = document.getElementById('picture');
-    const box = canvas.getBoundingClientRect();
-    const zoom = box.width / canvas.width;
-    const x = (canvas.width * (value('Left X') + value('Right X'))) / 200;
-    const y = (canvas.height * (value('Left Y') + value('Right Y'))) / 200;
-    return { x: box.left + x * zoom, y: box.top + (canvas.height - y) * zoom };
-  });
+  const handle = await emitterMiddle(page);
   // Pointer events as a mouse sends them, 100 a second, straight into the
   // page: what is measured is the studio's round trip, not the test driver's.
   const drag = await page.evaluate(({ x, y }) => new Promise((resolve) => {

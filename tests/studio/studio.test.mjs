@@ -5,7 +5,7 @@ import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { mkdirSync, writeFileSync, readFileSync, symlinkSync, existsSync } from 'node:fs';
 import path from 'node:path';
-import { buildDir, startStudio, stopStudio, launchBrowser, makeWorkDir } from './studio_harness.mjs';
+import { buildDir, startStudio, stopStudio, launchBrowser, makeWorkDir, emitterMiddle } from './studio_harness.mjs';
 
 const shots = process.env.FIZZLE_SCREENSHOT_DIR || path.join(buildDir, 'studio-screenshots');
 mkdirSync(shots, { recursive: true });
@@ -180,17 +180,7 @@ test('dragging the emitter\'s middle handle moves the emitter, and new bubbles a
     await page.waitForSelector('body[data-ready=true]', { timeout: 30000 });
     await page.getByRole('button', { name: '1:1' }).click();
     await page.waitForTimeout(300);
-    // The middle handle sits halfway along the emitter, whose ends the four
-    // position controls give in percent of the frame.
-    const emitter = async () => page.evaluate(() => {
-      const value = (name) => Number(document.querySelector(`[aria-label="${name}"]`).value);
-      const canvas = document.getElementById('picture');
-      const box = canvas.getBoundingClientRect();
-      const zoom = box.width / canvas.width;
-      const x = (canvas.width * (value('Left X') + value('Right X'))) / 200;
-      const y = (canvas.height * (value('Left Y') + value('Right Y'))) / 200;
-      return { x: box.left + x * zoom, y: box.top + (canvas.height - y) * zoom };
-    });
+    const emitter = () => emitterMiddle(page);
     const from = await emitter();
     const target = from.y - 120;
     const litBefore = { old: await litPixelsAround(page, from.y), fresh: await litPixelsAround(page, target) };

@@ -65,3 +65,17 @@ export async function launchBrowser(options = {}) {
 export function makeWorkDir() {
   return mkdtempSync(path.join(tmpdir(), 'fizzle-studio-work-'));
 }
+
+// Where the emitter's middle handle is on the screen: halfway along the
+// emitter, whose ends the four position controls give in percent of the frame.
+export function emitterMiddle(page) {
+  return page.evaluate(() => {
+    const value = (name) => Number(document.querySelector(`[aria-label="${name}"]`).value);
+    const canvas = document.getElementById('picture');
+    const box = canvas.getBoundingClientRect();
+    const zoom = box.width / canvas.width;
+    const x = (canvas.width * (value('Left X') + value('Right X'))) / 200;
+    const y = (canvas.height * (value('Left Y') + value('Right Y'))) / 200;
+    return { x: box.left + x * zoom, y: box.top + (canvas.height - y) * zoom };
+  });
+}

@@ -7,7 +7,7 @@ import { execFileSync } from 'node:child_process';
 import { readdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import path from 'node:path';
-import { startStudio, stopStudio, launchBrowser, makeWorkDir } from './studio_harness.mjs';
+import { startStudio, stopStudio, launchBrowser, makeWorkDir, emitterMiddle } from './studio_harness.mjs';
 
 const axeSource = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 let studio, browser, work;
@@ -139,17 +139,7 @@ test('at 1:2 the drawn middle handle is where it is grabbed, and dragging it mov
   await page.getByRole('button', { name: '1:2' }).click();
   await page.waitForTimeout(400);
   assert.equal(await page.locator('#zoom-shown').textContent(), '50%');
-  // The middle handle sits halfway along the emitter, whose ends the four
-  // position controls give in percent of the frame.
-  const middle = () => page.evaluate(() => {
-    const value = (name) => Number(document.querySelector(`[aria-label="${name}"]`).value);
-    const canvas = document.getElementById('picture');
-    const box = canvas.getBoundingClientRect();
-    const zoom = box.width / canvas.width;
-    const x = (canvas.width * (value('Left X') + value('Right X'))) / 200;
-    const y = (canvas.height * (value('Left Y') + value('Right Y'))) / 200;
-    return { x: box.left + x * zoom, y: box.top + (canvas.height - y) * zoom };
-  });
+  const middle = () => emitterMiddle(page);
   const from = await middle();
   // A small square of the overlay is drawn centred there.
   const squares = await page.evaluate(() => [...document.querySelectorAll('#overlay polygon, #overlay polyline')]
