@@ -278,6 +278,9 @@ test('a field works out arithmetic, clamps a value out of range and says so, and
   await page.keyboard.press('Control+z');
   await page.waitForFunction(async (v) => (await (await studioFetch('/api/controls')).json())
     .controls.find((c) => c.number === 16).value === v, densityWas, { timeout: 15000 });
+  // and stays undone: no step of the drag arrives after the undo.
+  await page.waitForTimeout(500);
+  assert.equal(await density(), densityWas, 'a step of the drag arrived after its undo');
   // The key button keys this frame and shows it.
   const key = page.getByRole('button', { name: 'Key Density' });
   await key.click();

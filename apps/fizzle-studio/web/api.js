@@ -35,10 +35,25 @@ let afterAction = async () => {};
 // What follows every action: the page shows its outcome (set by main.js).
 export function onAction(handler) { afterAction = handler; }
 
+// Changes still on their way to the studio (a dragged value whose newest
+// step is not yet sent). Another action waits for them, so that Ctrl+Z
+// right after a drag undoes the whole drag instead of racing its last step.
+const outstanding = new Set();
+export function track(work) {
+  outstanding.add(work);
+  work.finally(() => outstanding.delete(work));
+  return work;
+}
+async function settled() {
+  while (outstanding.size) await Promise.allSettled([...outstanding]);
+}
+
 // Runs an action, showing its refusal as a notification instead of failing.
-// context goes to the handler with the answer.
+// context goes to the handler with the answer. A value being sent (/api/set)
+// goes at once; every other action waits until sent values are answered.
 export async function act(path, body, context = {}) {
   try {
+    if (path !== '/api/set') await settled();
     const answer = await call(path, body);
     await afterAction(answer, context);
     return answer;

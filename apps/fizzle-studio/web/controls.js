@@ -1,6 +1,6 @@
 // The plug-in's controls: one row each (label, slider, field, key), pages
 // as tabs, values sent as the user changes them.
-import { act, call } from './api.js';
+import { act, track, call } from './api.js';
 import { $, view, notify } from './state.js';
 import { chooseFile } from './panels.js';
 import { overlayZoom } from './viewer.js';
@@ -74,22 +74,27 @@ export function evaluate(text) {
 // gesture starts an undo step; the rest of the gesture joins it.
 function sender(entry) {
   const number = entry.info.number;
-  let pending = null, step = false, busy = false;
+  let pending = null, step = false, busy = null;
   entry.gestureOpen = false;
   return async function send(value) {
     view.editedAt.set(number, ++view.edits);
     if (!entry.gestureOpen) { entry.gestureOpen = true; step = true; }
     pending = value;
-    if (busy) return;
-    busy = true;
-    while (pending !== null) {
-      const next = pending, asStep = step;
-      pending = null;
-      step = false;
-      const asked = view.edits;
-      await act('/api/set', { number, value: next, step: asStep, zoom: overlayZoom() }, { asked });
-    }
-    busy = false;
+    if (busy) return busy;
+    busy = track((async () => {
+      try {
+        while (pending !== null) {
+          const next = pending, asStep = step;
+          pending = null;
+          step = false;
+          const asked = view.edits;
+          await act('/api/set', { number, value: next, step: asStep, zoom: overlayZoom() }, { asked });
+        }
+      } finally {
+        busy = null; // in the same turn as the loop's last check: no value slips between
+      }
+    })());
+    return busy;
   };
 }
 
