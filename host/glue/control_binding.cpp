@@ -1,8 +1,8 @@
 // The bindings between the host control table and the effect's framework
 // controls, and the per-frame refresh of the controls' caches.
-#include "host/control_binding.h"
+#include "host/glue/control_binding.h"
 
-#include "host/control_table.h"
+#include "host/glue/control_table.h"
 
 namespace {
 

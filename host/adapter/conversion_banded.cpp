@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "framework/plugin.h"
-#include "host/conversion.h"
-#include "host/conversion_rows.h"
+#include "host/adapter/conversion.h"
+#include "host/adapter/conversion_rows.h"
 
 using conversion::Host12;
 using conversion::Host8;

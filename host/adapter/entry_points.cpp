@@ -5,12 +5,12 @@
 
 #include "framework/messages.h"
 #include "framework/pause.h"
-#include "host/conversion.h"
-#include "host/effect_binding.h"
-#include "host/frame_buffers.h"
-#include "host/globals.h"
-#include "host/proxy_divisor.h"
-#include "host/startup.h"
+#include "host/adapter/conversion.h"
+#include "host/effect_seam.h"
+#include "host/adapter/frame_buffers.h"
+#include "host/adapter/globals.h"
+#include "host/adapter/proxy_divisor.h"
+#include "host/adapter/startup.h"
 #include "spark/spark.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Host frame buffers into ImageQv images and back, whole frames.
-#include "host/conversion.h"
+#include "host/adapter/conversion.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 #include "framework/pixel_blocks.h"
 #include "framework/plugin.h"
-#include "host/conversion_rows.h"
-#include "host/globals.h"
+#include "host/adapter/conversion_rows.h"
+#include "host/adapter/globals.h"
 #include "spark/spark.h"
 
 using conversion::Host12;

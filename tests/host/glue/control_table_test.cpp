@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "expected_controls.h"
-#include "plugin_host_fixture.h"
+#include "host/glue/expected_controls.h"
+#include "host/plugin_host_fixture.h"
 
 using sparkhost::ControlKind;
 using namespace expected_controls;

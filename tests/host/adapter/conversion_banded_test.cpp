@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "host/conversion.h"
+#include "host/adapter/conversion.h"
 #include "spark/spark.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/overlay_binding.h"
-#include "plugin_host_fixture.h"
+#include "host/plugin_host_fixture.h"
 #include "spark/spark.h"
 #include "sparkhost/gl_recorder.h"
 

@@ -51,7 +51,7 @@ extern "C" {
 #define SPARK_BOOLEAN_CONTROL(n, title, value, callback) extern SPARK_EXPORT SparkBooleanStruct SparkBoolean##n;
 #define SPARK_PUP_CONTROL(n, value, callback, ...) extern SPARK_EXPORT SparkPupStruct SparkPup##n;
 #define SPARK_COLOR_CONTROL(n, value, callback) extern SPARK_EXPORT SparkColorStruct SparkColor##n;
-#include "host/spark_controls.def"
+#include "host/glue/spark_controls.def"
 }
 
 // The callbacks the structures name (a name may serve several controls).
@@ -64,4 +64,4 @@ extern "C" {
 #define SPARK_BOOLEAN_CONTROL(n, title, value, callback) unsigned long *callback(int reason, SparkInfoStruct info);
 #define SPARK_PUP_CONTROL(n, value, callback, ...) unsigned long *callback(int reason, SparkInfoStruct info);
 #define SPARK_COLOR_CONTROL(n, value, callback) unsigned long *callback(int reason, SparkInfoStruct info);
-#include "host/spark_controls.def"
+#include "host/glue/spark_controls.def"

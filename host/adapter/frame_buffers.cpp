@@ -1,14 +1,14 @@
 // Frame buffers of the host, fetched, checked and converted for the effect.
-#include "host/frame_buffers.h"
+#include "host/adapter/frame_buffers.h"
 
 #include <cstddef>
 #include <cstdint>
 
 #include "framework/messages.h"
-#include "host/conversion.h"
-#include "host/effect_binding.h"
-#include "host/globals.h"
-#include "host/proxy_divisor.h"
+#include "host/adapter/conversion.h"
+#include "host/effect_seam.h"
+#include "host/adapter/globals.h"
+#include "host/adapter/proxy_divisor.h"
 
 ImageQv *convert_in(const void *pixels, double aspect, int copy) {
     if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);

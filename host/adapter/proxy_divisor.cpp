@@ -1,5 +1,5 @@
 // Proxy divisor chosen by the resolution list.
-#include "host/proxy_divisor.h"
+#include "host/adapter/proxy_divisor.h"
 
 int ProxyDivisorFor(int resolution_value) {
     static const int kDivisors[] = {1, 2, 3, 4, 6, 8, 12, 16, 32};

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "host/control_callbacks.h"
+#include "host/glue/control_callbacks.h"
 #include "spark/spark.h"
 
 namespace {

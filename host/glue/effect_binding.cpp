@@ -1,10 +1,10 @@
 // The host adapter's view of the effect: the one Bubbles instance, its clips
 // and the controls the frame cycle reads.
-#include "host/effect_binding.h"
+#include "host/effect_seam.h"
 
-#include "host/control_binding.h"
-#include "host/control_callbacks.h"
-#include "host/control_table.h"
+#include "host/glue/control_binding.h"
+#include "host/glue/control_callbacks.h"
+#include "host/glue/control_table.h"
 #include "host/instance.h"
 
 Bubbles Instance;

@@ -1,5 +1,5 @@
 // Module-level state of the host adapter.
-#include "host/globals.h"
+#include "host/adapter/globals.h"
 
 int32_t deep12 = 0;
 int32_t no_buffers = 0;

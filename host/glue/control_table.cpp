@@ -1,9 +1,9 @@
 // The exported control structures and the table listing them, both made
 // from bubbles/controls.def so that each title and default lives once.
-#include "host/control_table.h"
+#include "host/glue/control_table.h"
 
-#include "host/amplitude_import.h"
-#include "host/help.h"
+#include "host/glue/amplitude_import.h"
+#include "host/glue/help.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ extern "C" {
 #define SPARK_PUP_CONTROL(n, value, callback, ...) \
     SPARK_EXPORT SparkPupStruct SparkPup##n = {value, entry_count(__VA_ARGS__), callback, {__VA_ARGS__}};
 #define SPARK_COLOR_CONTROL(n, value, callback) SPARK_EXPORT SparkColorStruct SparkColor##n = {value, callback};
-#include "host/spark_controls.def"
+#include "host/glue/spark_controls.def"
 }
 
 // ---------------------------------------------------------------------------
@@ -56,7 +56,7 @@ const HostControl kHostControls[] = {
     {n, HostControlKind::Pup, first_entry(__VA_ARGS__), value, 0, entry_count(__VA_ARGS__) - 1.0, &SparkPup##n},
 #define SPARK_COLOR_CONTROL(n, value, callback) \
     {n, HostControlKind::Color, nullptr, double(value), 0, double(0xFFFFFFFFu), &SparkColor##n},
-#include "host/spark_controls.def"
+#include "host/glue/spark_controls.def"
 };
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/amplitude_import.h"
+#include "host/glue/amplitude_import.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/conversion.h"
+#include "host/adapter/conversion.h"
 
 using Image = std::unique_ptr<ImageQv>;
 

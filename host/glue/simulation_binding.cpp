@@ -1,7 +1,7 @@
 // The built-in effect behind the simulation and state entry points.
 #include "host/simulation_binding.h"
 
-#include "host/effect_binding.h"
+#include "host/effect_seam.h"
 #include "host/instance.h"
 
 // The birth matte and the burst/gather matte steer the particles, and only

@@ -1,5 +1,5 @@
 // Amplitude control file reader and the two host callbacks around it.
-#include "host/amplitude_import.h"
+#include "host/glue/amplitude_import.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,10 +1,10 @@
 // Start-up console banner and buffer check.
-#include "host/startup.h"
+#include "host/adapter/startup.h"
 
 #include <cstdio>
 
 #include "framework/pause.h"
-#include "host/globals.h"
+#include "host/adapter/globals.h"
 
 #ifndef FIZZLE_BUILD_DATE
 #define FIZZLE_BUILD_DATE "unknown date"

@@ -9,8 +9,8 @@
 #include <random>
 #include <string>
 
-#include "host/conversion.h"
-#include "plugin_host_fixture.h"
+#include "host/adapter/conversion.h"
+#include "host/plugin_host_fixture.h"
 
 using namespace sparkhost;
 

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <memory>
 
-#include "host/conversion.h"
-#include "host/effect_binding.h"
-#include "host/frame_buffers.h"
-#include "host/globals.h"
-#include "host/proxy_divisor.h"
+#include "host/adapter/conversion.h"
+#include "host/effect_seam.h"
+#include "host/adapter/frame_buffers.h"
+#include "host/adapter/globals.h"
+#include "host/adapter/proxy_divisor.h"
 #include "host/simulation_binding.h"
 #include "spark/spark_state.h"
 

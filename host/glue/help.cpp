@@ -1,6 +1,6 @@
 // Help browser: builds the page address and browser command from the
 // environment and starts the browser through the shell.
-#include "host/help.h"
+#include "host/glue/help.h"
 
 #include <cstdlib>
 #include <sys/wait.h>

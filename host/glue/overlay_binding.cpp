@@ -3,8 +3,8 @@
 // caught and hovered flags of the effect's seven widgets.
 #include "host/overlay_binding.h"
 
-#include "host/control_table.h"
-#include "host/effect_binding.h"
+#include "host/glue/control_table.h"
+#include "host/effect_seam.h"
 #include "host/instance.h"
 
 OverlayQv &effect_overlay() { return Instance; }

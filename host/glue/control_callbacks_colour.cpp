@@ -2,9 +2,9 @@
 // kept in step, in either direction.
 #include <cmath>
 
-#include "host/control_callbacks.h"
-#include "host/control_table.h"
-#include "host/globals.h"
+#include "host/glue/control_callbacks.h"
+#include "host/glue/control_table.h"
+#include "host/adapter/globals.h"
 #include "host/instance.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin_host_fixture.h"
+#include "host/plugin_host_fixture.h"
 
 using sparkhost::Depth;
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "framework/image.h"
-#include "host/channel_scaling.h"
+#include "host/adapter/channel_scaling.h"
 
 namespace conversion {
 

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "expected_controls.h"
-#include "host/help.h"
+#include "host/glue/expected_controls.h"
+#include "host/glue/help.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // The control callbacks of the effect's parameters (dlcb_ and the control
 // number) and the re-render rule that ends every callback.
-#include "host/control_callbacks.h"
+#include "host/glue/control_callbacks.h"
 
-#include "host/control_binding.h"
-#include "host/control_table.h"
+#include "host/glue/control_binding.h"
+#include "host/glue/control_table.h"
 #include "host/instance.h"
 
 unsigned long *DefaultCB(int reason, SparkInfoStruct info) {
