@@ -1,13 +1,23 @@
-// Every point where the host adapter's entry points touch the effect. The
-// entry points know the effect only through these few functions, so the
-// effect can be swapped without touching the frame cycle: one source file
-// implements all of them for the effect that is built in.
+// The one header between the two rooms of host/: what the generic Spark
+// adapter (host/adapter) asks of the effect built into it, in the
+// framework's terms, and the little the effect's glue (host/glue) asks of
+// the adapter. The adapter never names the effect's class, so another effect
+// means another glue behind the same adapter; host/glue implements the
+// effect's side for the one Bubbles instance.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
 #include "framework/image.h"
+#include "framework/overlay.h"
 #include "framework/plugin.h"
 
-// The one effect instance of the plug-in.
+// ---------------------------------------------------------------------------
+// Start-up and the frame cycle.
+
+// The one effect instance of the plug-in, made when the library is loaded.
 PluginQv &effect_instance();
 
 // The effect's input clip `index` (0 scene, 1 birth matte, 2 BorG,
@@ -37,3 +47,48 @@ void bind_framework_controls();
 
 // Names the animatable parameters in the host's channel editor.
 void rename_channel_editor_entries();
+
+// ---------------------------------------------------------------------------
+// The viewer (SparkOverlay, SparkInteract).
+
+// The effect's overlay object, whose RenderOverlay and HandleInteraction the
+// viewer reaches.
+OverlayQv &effect_overlay();
+
+// "Clear Overlay": nothing is drawn and the pen is ignored.
+bool clear_overlay_on();
+// "Auto Preview": a release of a caught widget re-renders the frame.
+bool auto_preview_on();
+
+// The effect's pen-pressure field, set at every pen sample.
+void set_effect_pen_pressure(float pressure);
+
+// Whether any of the effect's widgets holds the pen since the last press,
+// and whether the pointer is over any of them.
+bool any_widget_caught();
+bool any_widget_hovered();
+
+// Refreshes the effect's cached control values from the host structures, as
+// the frame cycle does, and puts the widgets where their controls say.
+void refresh_overlay_controls();
+
+// ---------------------------------------------------------------------------
+// Simulation without drawing, and the effect's state saved whole.
+
+// Input clips (bit i: clip i) the effect reads when it only simulates,
+// with the controls in force now.
+unsigned simulated_clip_mask();
+
+// Advances the effect one frame without drawing, from the sources and
+// result the frame cycle prepared.
+void simulate_effect_frame();
+
+std::vector<uint8_t> export_effect_state();
+bool import_effect_state(const uint8_t *data, size_t size);
+
+// ---------------------------------------------------------------------------
+// What the glue asks of the adapter.
+
+// Whether the host's frames are 12-bit words rather than bytes, as start-up
+// found from the frame depth; colours are packed differently in each.
+bool host_frames_deep();

@@ -6,11 +6,11 @@
 #include "framework/messages.h"
 #include "framework/pause.h"
 #include "host/adapter/conversion.h"
-#include "host/effect_seam.h"
 #include "host/adapter/frame_buffers.h"
 #include "host/adapter/globals.h"
 #include "host/adapter/proxy_divisor.h"
 #include "host/adapter/startup.h"
+#include "host/effect_seam.h"
 #include "spark/spark.h"
 
 namespace {

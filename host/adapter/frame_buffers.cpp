@@ -6,9 +6,9 @@
 
 #include "framework/messages.h"
 #include "host/adapter/conversion.h"
-#include "host/effect_seam.h"
 #include "host/adapter/globals.h"
 #include "host/adapter/proxy_divisor.h"
+#include "host/effect_seam.h"
 
 ImageQv *convert_in(const void *pixels, double aspect, int copy) {
     if (deep12) return ConvertFromDLImage12(pixels, DLwidth, DLheight, aspect, DLscalesr, nullptr, copy);

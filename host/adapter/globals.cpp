@@ -1,6 +1,8 @@
 // Module-level state of the host adapter.
 #include "host/adapter/globals.h"
 
+#include "host/effect_seam.h"
+
 int32_t deep12 = 0;
 int32_t no_buffers = 0;
 int32_t DL_Sync_Ctrl = 1;
@@ -19,3 +21,5 @@ SparkMemBufStruct SourceBufInput{};
 SparkMemBufStruct SourceBufInput2{};
 SparkMemBufStruct SourceBufInput3{};
 SparkMemBufStruct SourceBufInput4{};
+
+bool host_frames_deep() { return deep12 != 0; }

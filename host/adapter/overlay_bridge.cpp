@@ -1,9 +1,11 @@
 // The viewer entry points: SparkOverlay sets up the viewer transform and has
 // the effect draw its widgets; SparkInteract turns pen samples into press,
 // drag, release and hover events for the effect.
+#include "host/adapter/overlay_bridge.h"
+
 #include <cstdint>
 
-#include "host/overlay_binding.h"
+#include "host/effect_seam.h"
 #include "spark/spark.h"
 #include "spark/spark_gl.h"
 

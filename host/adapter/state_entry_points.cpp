@@ -5,11 +5,10 @@
 #include <memory>
 
 #include "host/adapter/conversion.h"
-#include "host/effect_seam.h"
 #include "host/adapter/frame_buffers.h"
 #include "host/adapter/globals.h"
 #include "host/adapter/proxy_divisor.h"
-#include "host/simulation_binding.h"
+#include "host/effect_seam.h"
 #include "spark/spark_state.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "host/glue/control_binding.h"
 #include "host/glue/control_table.h"
-#include "host/instance.h"
+#include "host/glue/fizzle_effect.h"
 
 unsigned long *DefaultCB(int reason, SparkInfoStruct info) {
     if (SparkBoolean34.Value && reason == SPARK_REASON_USER) return SparkProcess(info);
@@ -20,7 +20,8 @@ unsigned long *OverlayCB(int, SparkInfoStruct) {
 unsigned long *parameter_callback(int number, int reason, SparkInfoStruct info) {
     const ControlBinding *binding = binding_for(number);
     if (!binding) return nullptr;
-    ControlQv &control = binding->control(Instance.info);
+    Bubbles &effect = fizzle_effect();
+    ControlQv &control = binding->control(effect.info);
     control.Sync();
     switch (binding->reaction) {
     case Reaction::None:
@@ -28,9 +29,9 @@ unsigned long *parameter_callback(int number, int reason, SparkInfoStruct info) 
     case Reaction::Sync:
     case Reaction::Handler:
     case Reaction::Preset:
-        Instance.SyncControls();
-        if (binding->handler) (Instance.*binding->handler)(control, handler_value(*binding, control));
-        if (binding->reaction == Reaction::Preset) Instance.SyncControls();
+        effect.SyncControls();
+        if (binding->handler) (effect.*binding->handler)(control, handler_value(*binding, control));
+        if (binding->reaction == Reaction::Preset) effect.SyncControls();
         // The host redraws the controls whose visibility the switch changed.
         if (binding->kind == BoundKind::Checkbox) sparkControlUpdate(number);
         break;

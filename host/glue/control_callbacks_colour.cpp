@@ -2,10 +2,10 @@
 // kept in step, in either direction.
 #include <cmath>
 
+#include "host/effect_seam.h"
 #include "host/glue/control_callbacks.h"
 #include "host/glue/control_table.h"
-#include "host/adapter/globals.h"
-#include "host/instance.h"
+#include "host/glue/fizzle_effect.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ void pack_sliders(int word_number, ColourControlQv &control) {
     SparkColorStruct &colour = colour_structure(word_number);
     uint32_t word = colour.Value & 0xFF000000u;
     for (int i = 0; i < 3; ++i)
-        word |= colour_byte_from_percent(slider(word_number, i).Value, deep12 != 0) << (8 * i);
+        word |= colour_byte_from_percent(slider(word_number, i).Value, host_frames_deep()) << (8 * i);
     colour.Value = word;
     sparkControlUpdate(word_number);
     control.Sync();
@@ -33,7 +33,7 @@ void pack_sliders(int word_number, ColourControlQv &control) {
 void unpack_to_sliders(int word_number) {
     const uint32_t word = colour_structure(word_number).Value;
     for (int i = 0; i < 3; ++i) {
-        slider(word_number, i).Value = float(percent_from_colour_byte((word >> (8 * i)) & 0xFFu, deep12 != 0));
+        slider(word_number, i).Value = float(percent_from_colour_byte((word >> (8 * i)) & 0xFFu, host_frames_deep()));
         sparkControlUpdate(word_number + 1 + i);
     }
 }
@@ -57,12 +57,12 @@ double percent_from_colour_byte(uint32_t byte, bool deep) {
 }
 
 unsigned long *SetBubbleColourCB(int reason, SparkInfoStruct info) {
-    pack_sliders(71, Instance.info.bubbleColour);
+    pack_sliders(71, fizzle_effect().info.bubbleColour);
     return DefaultCB(reason, info);
 }
 
 unsigned long *SetLightColourCB(int reason, SparkInfoStruct info) {
-    pack_sliders(94, Instance.info.lightColour);
+    pack_sliders(94, fizzle_effect().info.lightColour);
     return DefaultCB(reason, info);
 }
 

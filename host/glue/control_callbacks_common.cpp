@@ -3,7 +3,7 @@
 #include "host/glue/control_binding.h"
 #include "host/glue/control_callbacks.h"
 #include "host/glue/control_table.h"
-#include "host/instance.h"
+#include "host/glue/fizzle_effect.h"
 
 namespace {
 
@@ -47,16 +47,17 @@ unsigned long *set_clear_overlay(int number, int reason, SparkInfoStruct info) {
 
 unsigned long *reset_page(int page, int reason, SparkInfoStruct info) {
     if (sparkMessageConfirm("Are you sure you want to reset the current settings to default values?")) {
+        Bubbles &effect = fizzle_effect();
         if (page == 0) static_cast<SparkPupStruct *>(find_host_control(kDemos)->structure)->Value = 0;
         for (const HostControl &control : host_controls()) {
             if (host_control_page(control.number) != page || is_page_common_control(control.number)) continue;
             if (control.kind == HostControlKind::Push || control.kind == HostControlKind::String) continue;
             write_host_default(control);
             sparkControlUpdate(control.number);
-            if (ControlQv *framework = framework_control(Instance.info, control.number)) framework->Sync();
+            if (ControlQv *framework = framework_control(effect.info, control.number)) framework->Sync();
         }
-        for (ControlQv *control : Instance.info.controls()) control->Sync();
-        Instance.SyncControls();
+        for (ControlQv *control : effect.info.controls()) control->Sync();
+        effect.SyncControls();
     }
     return DefaultCB(reason, info);
 }

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/overlay_binding.h"
+#include "host/adapter/overlay_bridge.h"
 #include "host/plugin_host_fixture.h"
 #include "spark/spark.h"
 #include "sparkhost/gl_recorder.h"
