@@ -1,10 +1,11 @@
 // The channel editor: the animatable parameters in folders, and the names
 // the editor shows for them, all from the channel column of the control table.
+#include "host/glue/channel_editor.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
-#include "host/glue/control_callbacks.h"
 #include "spark/spark.h"
 
 namespace {

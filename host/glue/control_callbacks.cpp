@@ -1,21 +1,12 @@
-// The control callbacks of the effect's parameters (dlcb_ and the control
-// number) and the re-render rule that ends every callback.
+// The control callbacks of the effect's parameters: dlcb_ and the control
+// number.
 #include "host/glue/control_callbacks.h"
 
 #include "host/glue/control_binding.h"
+#include "host/glue/control_callbacks_colour.h"
 #include "host/glue/control_table.h"
+#include "host/glue/default_callbacks.h"
 #include "host/glue/fizzle_effect.h"
-
-unsigned long *DefaultCB(int reason, SparkInfoStruct info) {
-    if (SparkBoolean34.Value && reason == SPARK_REASON_USER) return SparkProcess(info);
-    sparkViewingDraw();
-    return nullptr;
-}
-
-unsigned long *OverlayCB(int, SparkInfoStruct) {
-    sparkViewingDraw();
-    return nullptr;
-}
 
 unsigned long *parameter_callback(int number, int reason, SparkInfoStruct info) {
     const ControlBinding *binding = binding_for(number);

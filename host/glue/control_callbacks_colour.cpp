@@ -1,10 +1,12 @@
 // The colour callbacks: a packed host colour and its three percent sliders
 // kept in step, in either direction.
+#include "host/glue/control_callbacks_colour.h"
+
 #include <cmath>
 
 #include "host/effect_seam.h"
-#include "host/glue/control_callbacks.h"
 #include "host/glue/control_table.h"
+#include "host/glue/default_callbacks.h"
 #include "host/glue/fizzle_effect.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The callbacks of the block every page repeats (resolution, "Auto Preview",
 // "Clear Overlay", "Reset") and of "Blend": the four copies stay equal.
 #include "host/glue/control_binding.h"
-#include "host/glue/control_callbacks.h"
 #include "host/glue/control_table.h"
+#include "host/glue/default_callbacks.h"
 #include "host/glue/fizzle_effect.h"
 
 namespace {

@@ -2,8 +2,8 @@
 // one Bubbles instance, its clips and the controls the frame cycle reads.
 #include "host/effect_seam.h"
 
+#include "host/glue/channel_editor.h"
 #include "host/glue/control_binding.h"
-#include "host/glue/control_callbacks.h"
 #include "host/glue/control_table.h"
 #include "host/glue/fizzle_effect.h"
 
