@@ -86,6 +86,26 @@ void fill_aux(const ControlBinding &binding, AuxQv &aux) {
     }
 }
 
+// Each widget drags the controls named here; a position's Y follows its X.
+void bind_overlay_widgets(Bubbles &effect) {
+    BubblesInfo &info = effect.info;
+    OverlayQv *overlay = &effect;
+    auto record = [](int number) { return structure_of<SparkFloatStruct>(number); };
+    auto cross = [&](CrosshairOverlayQv &widget, int x) { widget.Bind(overlay, x, record(x), record(x + 1)); };
+    auto line = [&](LineOverlayQv &widget, int x, int x2) {
+        widget.Bind(overlay, x, record(x), record(x + 1), x2, record(x2), record(x2 + 1));
+    };
+    cross(info.leftCross, number_of::left);
+    cross(info.rightCross, number_of::right);
+    line(info.emitterLine, number_of::left, number_of::right);
+    cross(info.lightSourceCross, number_of::lightSource);
+    cross(info.lightTargetCross, number_of::lightTarget);
+    line(info.lightLine, number_of::lightSource, number_of::lightTarget);
+    info.coneEditor.index = number_of::lightSpread;
+    info.coneEditor.record = record(number_of::lightSpread);
+    info.coneEditor.overlay = overlay;
+}
+
 }  // namespace
 
 const ControlBinding *binding_for(int number) {
@@ -109,18 +129,7 @@ void bind_effect_controls(Bubbles &effect) {
                                           &aux_records[i]);
     }
 
-    BubblesInfo &info = effect.info;
-    OverlayQv *overlay = &effect;
-    auto record = [](int number) { return structure_of<SparkFloatStruct>(number); };
-    info.leftCross.Bind(overlay, 11, record(11), record(12));
-    info.rightCross.Bind(overlay, 18, record(18), record(19));
-    info.emitterLine.Bind(overlay, 11, record(11), record(12), 18, record(18), record(19));
-    info.lightSourceCross.Bind(overlay, 100, record(100), record(101));
-    info.lightTargetCross.Bind(overlay, 107, record(107), record(108));
-    info.lightLine.Bind(overlay, 100, record(100), record(101), 107, record(107), record(108));
-    info.coneEditor.index = 103;
-    info.coneEditor.record = record(103);
-    info.coneEditor.overlay = overlay;
+    bind_overlay_widgets(effect);
 }
 
 void refresh_control_caches(Bubbles &effect) {

@@ -4,6 +4,20 @@
 
 #include "bubbles/bubbles.h"
 
+// Host control numbers by the framework control they drive (a position by
+// its X), from the table, so that code naming a control does not repeat its
+// number: number_of::lightIntensity is 102.
+namespace number_of {
+#define FIZZLE_INT(n, title, value, min, max, step, flags, member, ...) constexpr int member = n;
+#define FIZZLE_FLOAT(n, title, value, min, max, step, cls, member, ...) constexpr int member = n;
+#define FIZZLE_POSITION_X(n, title, value, min, max, step, member, ...) constexpr int member = n;
+#define FIZZLE_SWITCH(n, title, value, member, ...) constexpr int member = n;
+#define FIZZLE_LIST(n, value, member, ...) constexpr int member = n;
+#define FIZZLE_COLOUR(n, value, member, ...) constexpr int member = n;
+#define FIZZLE_DEMOS(n, value, member, ...) constexpr int member = n;
+#include "bubbles/controls.def"
+}  // namespace number_of
+
 // The framework class of a bound control, as far as the adapter cares.
 enum class BoundKind { Button, Integer, Float, Angle, Size, Position, Checkbox, List, Colour };
 

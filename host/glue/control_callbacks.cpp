@@ -27,7 +27,7 @@ unsigned long *parameter_callback(int number, int reason, SparkInfoStruct info) 
         if (binding->kind == BoundKind::Checkbox) sparkControlUpdate(number);
         break;
     case Reaction::ColourSliders:
-        if (number == 71)
+        if (number == number_of::bubbleColour)
             GetBubbleColourCB();
         else
             GetLightColourCB();

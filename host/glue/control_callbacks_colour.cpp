@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "host/effect_seam.h"
+#include "host/glue/control_binding.h"
 #include "host/glue/control_table.h"
 #include "host/glue/default_callbacks.h"
 #include "host/glue/fizzle_effect.h"
@@ -59,15 +60,15 @@ double percent_from_colour_byte(uint32_t byte, bool deep) {
 }
 
 unsigned long *SetBubbleColourCB(int reason, SparkInfoStruct info) {
-    pack_sliders(71, fizzle_effect().info.bubbleColour);
+    pack_sliders(number_of::bubbleColour, fizzle_effect().info.bubbleColour);
     return DefaultCB(reason, info);
 }
 
 unsigned long *SetLightColourCB(int reason, SparkInfoStruct info) {
-    pack_sliders(94, fizzle_effect().info.lightColour);
+    pack_sliders(number_of::lightColour, fizzle_effect().info.lightColour);
     return DefaultCB(reason, info);
 }
 
-void GetBubbleColourCB() { unpack_to_sliders(71); }
+void GetBubbleColourCB() { unpack_to_sliders(number_of::bubbleColour); }
 
-void GetLightColourCB() { unpack_to_sliders(94); }
+void GetLightColourCB() { unpack_to_sliders(number_of::lightColour); }

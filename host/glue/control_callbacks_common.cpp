@@ -9,7 +9,6 @@ namespace {
 
 constexpr int kPages = SPARK_PAGE_COUNT;
 constexpr int kBlend = 27;
-constexpr int kDemos = 29;
 
 // The number of the same control on another page.
 int on_page(int number, int page) {
@@ -48,7 +47,7 @@ unsigned long *set_clear_overlay(int number, int reason, SparkInfoStruct info) {
 unsigned long *reset_page(int page, int reason, SparkInfoStruct info) {
     if (sparkMessageConfirm("Are you sure you want to reset the current settings to default values?")) {
         Bubbles &effect = fizzle_effect();
-        if (page == 0) static_cast<SparkPupStruct *>(find_host_control(kDemos)->structure)->Value = 0;
+        if (page == 0) static_cast<SparkPupStruct *>(find_host_control(number_of::demos)->structure)->Value = 0;
         for (const HostControl &control : host_controls()) {
             if (host_control_page(control.number) != page || is_page_common_control(control.number)) continue;
             if (control.kind == HostControlKind::Push || control.kind == HostControlKind::String) continue;
