@@ -45,6 +45,9 @@ void refresh_cached_control_values();
 // Gives every framework control of the effect its host control.
 void bind_framework_controls();
 
+// Gives the control pages and the input clips their titles.
+void title_pages_and_clips();
+
 // Names the animatable parameters in the host's channel editor.
 void rename_channel_editor_entries();
 

@@ -29,15 +29,7 @@ SPARK_EXPORT unsigned int SparkInitialise(SparkInfoStruct info) {
     sparkLoadSetup(&info);
     PrintBannerAndCheckBuffers(info, "Fizzle", kBuffersNeeded8, kBuffersNeeded12, "7", 1);
     bind_framework_controls();
-    // Page 3 is titled twice; the second title is the one that stands.
-    sparkControlTitle(3, "Import AIFF");
-    sparkControlTitle(0, "Bubbles");
-    sparkControlTitle(1, "Forces");
-    sparkControlTitle(2, "Colour");
-    sparkControlTitle(3, "Light");
-    sparkClipControlTitle(0, "Scene");
-    sparkClipControlTitle(1, "Birth");
-    sparkClipControlTitle(2, "BorG");
+    title_pages_and_clips();
     DL_Sync_Ctrl = 1;
     rename_channel_editor_entries();
     return 2;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -111,4 +112,12 @@ TEST_F(ControlTableTest, ChannelEditorListsTheFoldersInOrderAndStartUpNamesEachC
             ASSERT_NE(name, record.control_names.end()) << "control " << number << " has no name";
             EXPECT_EQ(name->second.find('%'), std::string::npos) << name->second;
         }
+}
+
+TEST_F(ControlTableTest, StartUpTitlesTheFourPagesAndTheThreeNamedClips) {
+    const sparkhost::UiRecord record = sparkhost::ui_record();
+    // Page 3 is first titled "Import AIFF"; the later "Light" stands.
+    EXPECT_EQ(record.page_titles,
+              (std::map<int, std::string>{{0, "Bubbles"}, {1, "Forces"}, {2, "Colour"}, {3, "Light"}}));
+    EXPECT_EQ(record.clip_titles, (std::map<int, std::string>{{0, "Scene"}, {1, "Birth"}, {2, "BorG"}}));
 }
