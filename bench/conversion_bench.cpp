@@ -8,8 +8,8 @@
 #include <random>
 #include <vector>
 
-#include "host/conversion.h"
-#include "host/globals.h"
+#include "host/adapter/conversion.h"
+#include "host/adapter/globals.h"
 
 namespace {
 

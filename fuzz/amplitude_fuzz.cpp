@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "host/amplitude_import.h"
+#include "host/glue/amplitude_import.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     std::vector<char> bytes(data, data + size);

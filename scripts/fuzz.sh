@@ -28,7 +28,7 @@ link() {
   clang++ -fsanitize=fuzzer,address,undefined -rdynamic $objects -ldl -o "$out/$target"
 }
 
-link amplitude_fuzz fuzz/amplitude_fuzz.cpp fuzz/host_stubs.cpp host/amplitude_import.cpp framework/pause.cpp
+link amplitude_fuzz fuzz/amplitude_fuzz.cpp fuzz/host_stubs.cpp host/glue/amplitude_import.cpp framework/pause.cpp
 setup_sources="sparkhost/setup_file.cpp sparkhost/controls.cpp sparkhost/curves.cpp sparkhost/text_match.cpp \
 sparkhost/atomic_file.cpp tests/sparkhost/fake_plugin/fake_plugin.cpp fuzz/setup_stubs.cpp"
 link setup_fuzz fuzz/setup_fuzz.cpp $setup_sources

@@ -7,8 +7,8 @@
 #include <memory>
 
 #include "bubbles/bubbles.h"
-#include "host/control_binding.h"
-#include "host/control_table.h"
+#include "host/glue/control_binding.h"
+#include "host/glue/control_table.h"
 #include "sparkhost/control_log.h"
 
 class BoundEffectTest : public ::testing::Test {

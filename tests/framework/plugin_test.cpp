@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "framework/plugin.h"
-#include "host/conversion.h"
+#include "host/adapter/conversion.h"
 #include "spark/spark.h"
 #include "pixel_expect.h"
 
