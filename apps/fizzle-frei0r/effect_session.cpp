@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "apps/fizzle-render/host_setup.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 using sparkhost::Error;
 

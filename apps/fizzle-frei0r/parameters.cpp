@@ -7,7 +7,7 @@
 #include <set>
 
 #include "apps/fizzle-render/control_options.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;

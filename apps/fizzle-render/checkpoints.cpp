@@ -21,11 +21,11 @@
 #include <fstream>
 #include <iterator>
 
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
-#include "sparkhost/regular_file.h"
-#include "sparkhost/host.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/regular_file.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/files/setup_file.h"
 
 namespace fs = std::filesystem;
 

@@ -8,10 +8,10 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "sparkhost/curves.h"
-#include "sparkhost/error.h"
-#include "sparkhost/setup_file.h"
-#include "sparkhost/text_match.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/setup_file.h"
+#include "sparkhost/controls/text_match.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "options.h"
-#include "sparkhost/controls.h"
+#include "sparkhost/controls/controls.h"
 
 // What a user does at the host: set a control's value (then its callback
 // runs with reason 1), or press a button (value null).

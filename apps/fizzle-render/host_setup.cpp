@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "control_options.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress) {
     sparkhost::Settings settings;

@@ -4,8 +4,8 @@
 
 #include "options.h"
 #include "progress.h"
-#include "sparkhost/controls.h"
-#include "sparkhost/host.h"
+#include "sparkhost/controls/controls.h"
+#include "sparkhost/core/host.h"
 
 sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress);
 

@@ -7,8 +7,8 @@
 #include "options.h"
 #include "render.h"
 #include "stop_request.h"
-#include "sparkhost/error.h"
-#include "sparkhost/memory_policy.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/core/memory_policy.h"
 
 int main(int argc, char **argv) {
     CLI::App app;

@@ -6,11 +6,11 @@
 
 #include "overlay_output.h"
 #include "shot_runner.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/regular_file.h"
-#include "sparkhost/resolution.h"
-#include "sparkhost/text_match.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/files/regular_file.h"
+#include "sparkhost/core/resolution.h"
+#include "sparkhost/controls/text_match.h"
 
 using sparkhost::Error;
 

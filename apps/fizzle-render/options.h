@@ -9,8 +9,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "sparkhost/frame.h"
-#include "sparkhost/host.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/core/host.h"
 #include "plate_options.h"
 #include "value_parsers.h"
 

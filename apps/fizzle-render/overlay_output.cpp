@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "sparkhost/error.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/viewer/gl_recorder.h"
 
 using sparkhost::Error;
 

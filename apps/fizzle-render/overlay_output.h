@@ -5,10 +5,10 @@
 #include <CLI/CLI.hpp>
 
 #include "options.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/host.h"
-#include "sparkhost/viewer.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/viewer/viewer.h"
 
 void add_overlay_options(CLI::App &app, RenderOptions &options);
 

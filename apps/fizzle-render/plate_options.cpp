@@ -4,8 +4,8 @@
 #include <filesystem>
 
 #include "options.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
 
 using sparkhost::Error;
 

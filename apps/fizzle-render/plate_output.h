@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "options.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/host.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/core/host.h"
 #include "sparkhost/plate_io.h"
 
 class PlateOutput {

@@ -22,12 +22,12 @@
 #include "resume.h"
 #include "stop_request.h"
 #include "timings.h"
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/frame_writer.h"
-#include "sparkhost/image_io.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/files/frame_writer.h"
+#include "sparkhost/files/image_io.h"
+#include "sparkhost/files/setup_file.h"
 
 using sparkhost::Error;
 

@@ -13,9 +13,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/files/setup_file.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Error;

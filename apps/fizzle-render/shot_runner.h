@@ -12,7 +12,7 @@
 
 #include "checkpoints.h"
 #include "options.h"
-#include "sparkhost/host.h"
+#include "sparkhost/core/host.h"
 
 void add_shot_options(CLI::App &app, RenderOptions &options);
 // Throws sparkhost::Error naming the option.

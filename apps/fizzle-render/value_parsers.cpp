@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <optional>
 
-#include "sparkhost/error.h"
-#include "sparkhost/resolution.h"
-#include "sparkhost/text_match.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/core/resolution.h"
+#include "sparkhost/controls/text_match.h"
 
 using sparkhost::Error;
 

@@ -13,7 +13,7 @@
 
 #include "apps/fizzle-render/checkpoints.h"
 #include "apps/fizzle-render/options.h"
-#include "sparkhost/host.h"
+#include "sparkhost/core/host.h"
 
 class DiskStates {
 public:

@@ -2,7 +2,7 @@
 #include "history.h"
 
 #include "apps/fizzle-render/control_options.h"
-#include "sparkhost/text_match.h"
+#include "sparkhost/controls/text_match.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;

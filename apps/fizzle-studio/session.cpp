@@ -9,12 +9,12 @@
 #include "apps/fizzle-render/control_options.h"
 #include "apps/fizzle-render/host_setup.h"
 #include "page_json.h"
-#include "sparkhost/control_log.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/error.h"
-#include "sparkhost/setup_file.h"
-#include "sparkhost/text_match.h"
-#include "sparkhost/ui_record.h"
+#include "sparkhost/controls/control_log.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/setup_file.h"
+#include "sparkhost/controls/text_match.h"
+#include "sparkhost/viewer/ui_record.h"
 
 using nlohmann::json;
 using sparkhost::Control;

@@ -6,7 +6,7 @@
 
 #include "apps/fizzle-render/checkpoints.h"
 #include "apps/fizzle-render/control_options.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 using nlohmann::json;
 

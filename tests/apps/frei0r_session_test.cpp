@@ -10,8 +10,8 @@
 #include "apps/fizzle-render/host_setup.h"
 #include "effect_session.h"
 #include "parameters.h"
-#include "sparkhost/default_clips.h"
-#include "sparkhost/error.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 
