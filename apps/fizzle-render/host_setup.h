@@ -1,13 +1,10 @@
-// Turning fizzle-render's options into host settings, inputs and, once the
+// Turning fizzle-render's options into the host's inputs and, once the
 // plug-in is running, its control values.
 #pragma once
 
 #include "options.h"
-#include "progress.h"
 #include "sparkhost/controls/controls.h"
 #include "sparkhost/core/host.h"
-
-sparkhost::Settings host_settings(const RenderOptions &options, Progress &progress);
 
 // Gives the host the input files named on the command line.
 void attach_inputs(sparkhost::Host &host, const RenderOptions &options);

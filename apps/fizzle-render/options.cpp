@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "overlay_output.h"
 #include "shot_runner.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/frame_pattern.h"
@@ -42,6 +41,13 @@ void check_patterns(const RenderOptions &options) {
             throw Error(std::string(option) + ": " + error.what());
         }
     }
+}
+
+void add_overlay_options(CLI::App &app, RenderOptions &options) {
+    app.add_flag("--overlay", options.overlay,
+                 "Draw the effect's viewer overlay (emitter, light and cone handles) over each frame");
+    app.add_option("--overlay-svg", options.overlay_svg,
+                   "Also write the overlay as SVG, one file a frame, e.g. overlay.%04d.svg");
 }
 
 }  // namespace

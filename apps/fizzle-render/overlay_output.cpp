@@ -10,13 +10,6 @@
 
 using sparkhost::Error;
 
-void add_overlay_options(CLI::App &app, RenderOptions &options) {
-    app.add_flag("--overlay", options.overlay,
-                 "Draw the effect's viewer overlay (emitter, light and cone handles) over each frame");
-    app.add_option("--overlay-svg", options.overlay_svg,
-                   "Also write the overlay as SVG, one file a frame, e.g. overlay.%04d.svg");
-}
-
 namespace {
 
 void check_svg_pattern(const RenderOptions &options, const sparkhost::FramePattern &pattern) {

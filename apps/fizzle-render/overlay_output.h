@@ -2,15 +2,11 @@
 // each written frame (--overlay) or written as SVG (--overlay-svg).
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "options.h"
 #include "sparkhost/core/frame.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/core/host.h"
 #include "sparkhost/viewer/viewer.h"
-
-void add_overlay_options(CLI::App &app, RenderOptions &options);
 
 class OverlayOutput {
 public:

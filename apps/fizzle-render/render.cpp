@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "control_options.h"
+#include "host_settings.h"
 #include "host_setup.h"
 #include "overlay_output.h"
 #include "plate_output.h"
