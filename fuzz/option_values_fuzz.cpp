@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "apps/fizzle-render/control_options.h"
-#include "apps/fizzle-render/value_parsers.h"
+#include "render/control_options.h"
+#include "render/value_parsers.h"
 #include "fuzz_controls.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/frame_pattern.h"

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "apps/fizzle-render/host_setup.h"
+#include "render/host_setup.h"
 #include "sparkhost/core/error.h"
 
 using sparkhost::Error;

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <set>
 
-#include "apps/fizzle-render/control_options.h"
+#include "render/control_options.h"
 #include "sparkhost/core/error.h"
 
 using sparkhost::Control;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/fizzle-render/options.h"
+#include "render/options.h"
 #include "frame_clock.h"
 #include "sparkhost/controls/controls.h"
 

@@ -2,7 +2,7 @@
 // printed around the progress bar.
 #pragma once
 
-#include "options.h"
+#include "render/options.h"
 #include "progress.h"
 #include "sparkhost/core/host.h"
 

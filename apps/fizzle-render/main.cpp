@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "options.h"
+#include "render/options.h"
 #include "render.h"
 #include "stop_request.h"
 #include "sparkhost/core/error.h"

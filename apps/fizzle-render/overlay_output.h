@@ -2,7 +2,7 @@
 // each written frame (--overlay) or written as SVG (--overlay-svg).
 #pragma once
 
-#include "options.h"
+#include "render/options.h"
 #include "sparkhost/core/frame.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/core/host.h"

@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#include "options.h"
+#include "render/options.h"
 #include "sparkhost/core/frame.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/core/host.h"

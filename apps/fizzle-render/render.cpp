@@ -11,13 +11,13 @@
 #include <filesystem>
 #include <optional>
 
-#include "control_options.h"
+#include "render/control_options.h"
 #include "host_settings.h"
-#include "host_setup.h"
+#include "render/host_setup.h"
 #include "overlay_output.h"
 #include "plate_output.h"
 #include "progress.h"
-#include "shot_runner.h"
+#include "render/shot_runner.h"
 #include "frame_output.h"
 #include "output_guard.h"
 #include "resume.h"

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/options.h"
+#include "render/checkpoints.h"
+#include "render/options.h"
 #include "sparkhost/core/host.h"
 
 class DiskStates {

@@ -1,7 +1,7 @@
 // The studio's undo stack over whole settings.
 #include "history.h"
 
-#include "apps/fizzle-render/control_options.h"
+#include "render/control_options.h"
 #include "sparkhost/controls/text_match.h"
 
 using sparkhost::Control;

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/control_options.h"
-#include "apps/fizzle-render/host_setup.h"
+#include "render/checkpoints.h"
+#include "render/control_options.h"
+#include "render/host_setup.h"
 #include "page_json.h"
 #include "sparkhost/controls/control_log.h"
 #include "sparkhost/controls/curves.h"

@@ -15,7 +15,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apps/fizzle-render/options.h"
+#include "render/options.h"
 #include "sparkhost/core/host.h"
 #include "sparkhost/viewer/viewer.h"
 #include "disk_states.h"

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/control_options.h"
+#include "render/checkpoints.h"
+#include "render/control_options.h"
 #include "sparkhost/core/error.h"
 
 using nlohmann::json;

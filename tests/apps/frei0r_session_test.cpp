@@ -7,7 +7,7 @@
 #include <map>
 #include <vector>
 
-#include "apps/fizzle-render/host_setup.h"
+#include "render/host_setup.h"
 #include "effect_session.h"
 #include "parameters.h"
 #include "sparkhost/clips/default_clips.h"

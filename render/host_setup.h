@@ -2,7 +2,7 @@
 // plug-in is running, its control values.
 #pragma once
 
-#include "options.h"
+#include "render/options.h"
 #include "sparkhost/controls/controls.h"
 #include "sparkhost/core/host.h"
 

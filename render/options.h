@@ -11,8 +11,8 @@
 
 #include "sparkhost/core/frame.h"
 #include "sparkhost/core/host.h"
-#include "plate_options.h"
-#include "value_parsers.h"
+#include "render/plate_options.h"
+#include "render/value_parsers.h"
 
 struct RenderOptions {
     // As typed, turned into the typed fields by resolve_options.

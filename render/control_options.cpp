@@ -1,6 +1,6 @@
 // Setups, presets, values, animation keys and the pre-roll from the command
 // line, applied to the plug-in's controls as a user would apply them.
-#include "control_options.h"
+#include "render/control_options.h"
 
 #include <algorithm>
 #include <cctype>

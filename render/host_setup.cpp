@@ -1,9 +1,9 @@
 // Inputs and plug-in set-up from fizzle-render's options.
-#include "host_setup.h"
+#include "render/host_setup.h"
 
 #include <filesystem>
 
-#include "control_options.h"
+#include "render/control_options.h"
 #include "sparkhost/core/error.h"
 
 void attach_inputs(sparkhost::Host &host, const RenderOptions &options) {

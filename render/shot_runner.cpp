@@ -1,5 +1,5 @@
 // The shot's key, catching up to the first frame, and checkpoints on the way.
-#include "shot_runner.h"
+#include "render/shot_runner.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "checkpoints.h"
-#include "options.h"
+#include "render/checkpoints.h"
+#include "render/options.h"
 #include "sparkhost/core/host.h"
 
 void add_shot_options(CLI::App &app, RenderOptions &options);

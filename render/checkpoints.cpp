@@ -7,7 +7,7 @@
 //    24  state size    u64
 //    32  checksum      u64, FNV-1a of bytes 8..31 and the state
 //    40  state
-#include "checkpoints.h"
+#include "render/checkpoints.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

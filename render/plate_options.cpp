@@ -1,9 +1,9 @@
 // Options of scene-linear plates and the bubbles layer, and their checks.
-#include "plate_options.h"
+#include "render/plate_options.h"
 
 #include <filesystem>
 
-#include "options.h"
+#include "render/options.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/frame_pattern.h"
 

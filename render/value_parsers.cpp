@@ -1,6 +1,6 @@
 // Hand-written parsers: a regular expression engine recurses per character
 // and overflows the stack on a long argument.
-#include "value_parsers.h"
+#include "render/value_parsers.h"
 
 #include <cctype>
 #include <algorithm>

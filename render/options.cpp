@@ -1,10 +1,10 @@
 // fizzle-render's options: declaration, help texts and checks.
-#include "options.h"
+#include "render/options.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "shot_runner.h"
+#include "render/shot_runner.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/files/regular_file.h"

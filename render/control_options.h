@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "options.h"
+#include "render/options.h"
 #include "sparkhost/controls/controls.h"
 
 // What a user does at the host: set a control's value (then its callback
