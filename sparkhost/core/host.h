@@ -38,7 +38,6 @@
 #include <set>
 #include <string>
 #include <thread>
-#include <typeindex>
 #include <unordered_map>
 #include <vector>
 
@@ -197,15 +196,6 @@ public:
     void clear_messages();
     const HostEvents &events() const { return events_; }
 
-    // Per-host state for other parts of the library (control records,
-    // curves, GL recordings): one T per host, made on first use.
-    template <class T>
-    T &attachment() {
-        std::shared_ptr<void> &slot = attachments_[std::type_index(typeid(T))];
-        if (!slot) slot = std::make_shared<T>();
-        return *static_cast<T *>(slot.get());
-    }
-
     void make_current();
     static Host *current();
 
@@ -268,7 +258,6 @@ private:
     mutable std::mutex messages_mutex_;
     std::vector<Message> messages_;
     HostEvents events_;
-    std::unordered_map<std::type_index, std::shared_ptr<void>> attachments_;
 };
 
 }  // namespace sparkhost
