@@ -16,6 +16,7 @@
 #include "sparkhost/controls/curves.h"
 #include "sparkhost/clips/default_clips.h"
 #include "sparkhost/core/error.h"
+#include "sparkhost/core/resolution.h"
 #include "sparkhost/clips/file_clip.h"
 #include "sparkhost/clips/prefetch_clip.h"
 
@@ -88,6 +89,24 @@ Host::~Host() {
     if (handle_) dlclose(handle_);
 }
 
+namespace {
+
+SparkPupStruct *find_resolution_list(const ControlTable &controls) {
+    const std::vector<std::string> &names = resolution_names();
+    for (const Control &control : controls.controls()) {
+        if (control.kind() != ControlKind::Pup) continue;
+        auto *list = static_cast<SparkPupStruct *>(control.structure());
+        if (list->Count < 1 || size_t(list->Count) > names.size()) continue;
+        bool resolutions = true;
+        for (int entry = 0; entry < list->Count && resolutions; ++entry)
+            resolutions = list->Titles[entry] && names[size_t(entry)] == list->Titles[entry];
+        if (resolutions) return list;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
 void Host::load(const std::string &path) {
     if (handle_) throw Error("a plug-in is already loaded: '" + path_ + "'");
     if (access(path.c_str(), R_OK) != 0)
@@ -104,10 +123,11 @@ void Host::load(const std::string &path) {
     handle_ = handle;
     path_ = path;
     controls_ = ControlTable::discover(handle_);
+    resolution_list_ = find_resolution_list(controls_);
     // Every entry point a frame or a state call may need, while no other
     // library is loading.
     for (const char *name : {"SparkInitialise", "SparkUnInitialise", "SparkProcess", "SparkProcessStart",
-                             "SparkClips", "SparkMemoryTempBuffers", "SparkPup33", "SparkOverlay", "SparkInteract",
+                             "SparkClips", "SparkMemoryTempBuffers", "SparkOverlay", "SparkInteract",
                              "SparkSimulate", "SparkSimulateClips", "SparkStateExport", "SparkStateImport",
                              "SparkChannelEditor"})
         symbol(name);
@@ -351,9 +371,7 @@ SparkInfoStruct Host::info_record(int frame) const {
 
 void Host::apply_proxy() {
     if (!settings_.proxy) return;
-    // The resolution list is an exported control structure; until a plug-in
-    // exports one there is nothing to set.
-    if (auto *list = static_cast<SparkPupStruct *>(symbol("SparkPup33"))) list->Value = *settings_.proxy;
+    if (resolution_list_) resolution_list_->Value = *settings_.proxy;
 }
 
 std::vector<Message> Host::messages() const {

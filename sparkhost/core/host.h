@@ -75,8 +75,9 @@ struct Settings {
     std::function<bool(const std::string &)> confirm_handler;
     float viewer_ratio = 1.0f;     // sparkGetViewerRatio
     bool viewer_active = true;     // info record byte 4120
-    // Resolution list entry to select before every frame (0 FULL .. 8 1/32);
-    // unset leaves the plug-in's own choice alone.
+    // Resolution list entry to select before every frame (0 FULL .. 8 1/32)
+    // in the plug-in's resolution list, found by its entries; unset leaves
+    // the plug-in's own choice alone.
     std::optional<int> proxy;
     uint32_t total_frames = 0;     // info record TotalFrames; 0: the frame's own number
     std::string setup_path;        // handed over in the info record
@@ -253,6 +254,10 @@ private:
     bool started_ = false;
     int current_frame_ = 1;
     ControlTable controls_;
+    // The plug-in's resolution list, which Settings::proxy selects: the
+    // first list control, in number order, whose entries are the resolution
+    // names from "FULL" on. Null when it has none: nothing to select then.
+    SparkPupStruct *resolution_list_ = nullptr;
     std::string last_failure_;
     FrameTimes frame_times_;
     mutable std::mutex messages_mutex_;
