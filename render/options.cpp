@@ -50,6 +50,41 @@ void add_overlay_options(CLI::App &app, RenderOptions &options) {
                    "Also write the overlay as SVG, one file a frame, e.g. overlay.%04d.svg");
 }
 
+// The options that act on the plug-in's controls, in the order they apply.
+void add_control_group(CLI::App &app, RenderOptions &options) {
+    const char *group =
+        "Controls (applied in this order: setup, preset, sets, animations, amplitude import, pre-roll)";
+    app.add_option("--setup", options.setup, "Setup file to load first (as written by --save-setup)")
+        ->group(group);
+    app.add_option("--preset", options.preset,
+                   "Choose a demo preset as a user would from the \"Demos\" list (see --list-presets); "
+                   "it also restarts the bubbles")
+        ->group(group);
+    app.add_option("--set", options.set_texts,
+                   "NAME=VALUE: set a control, named by its title without the value format "
+                   "(\"Light Inten=80\", any case) or by number (\"102=80\"); lists take an entry "
+                   "name or its number counted from 1, switches on/off/1/0; repeatable")
+        ->group(group);
+    app.add_option("--animate", options.animate_texts,
+                   "NAME=FRAME:VALUE,...: keys on the control's animation curve, frames counted as "
+                   "--frames counts them (\"Density=1:5,48:40\"); repeatable")
+        ->group(group);
+    app.add_option("--import-amplitude", options.import_amplitude,
+                   "FILE: press \"Import Amplitude File\" and pick FILE, an amplitude control file whose "
+                   "keys become the animation curve of control 93")
+        ->group(group);
+    app.add_flag("--preroll", options.preroll,
+                 "Press \"Restart+PreRoll\" before the first frame, so it starts with bubbles in flight")
+        ->group(group);
+    app.add_option("--save-setup", options.save_setup,
+                   "Write the setup in force, once every option above is applied (before the first frame)")
+        ->group(group);
+    app.add_flag("--list-controls", options.list_controls,
+                 "List every control (page, number, name, value, range) after applying the options, then stop")
+        ->group(group);
+    app.add_flag("--list-presets", options.list_presets, "List the demo presets, then stop")->group(group);
+}
+
 }  // namespace
 
 void add_render_options(CLI::App &app, RenderOptions &options) {
@@ -100,37 +135,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
                  "At the end, say where the time went: start-up, the plug-in's frame cycle, and the rest "
                  "(reading inputs, writing files)");
 
-    const char *group =
-        "Controls (applied in this order: setup, preset, sets, animations, amplitude import, pre-roll)";
-    app.add_option("--setup", options.setup, "Setup file to load first (as written by --save-setup)")
-        ->group(group);
-    app.add_option("--preset", options.preset,
-                   "Choose a demo preset as a user would from the \"Demos\" list (see --list-presets); "
-                   "it also restarts the bubbles")
-        ->group(group);
-    app.add_option("--set", options.set_texts,
-                   "NAME=VALUE: set a control, named by its title without the value format "
-                   "(\"Light Inten=80\", any case) or by number (\"102=80\"); lists take an entry "
-                   "name or its number counted from 1, switches on/off/1/0; repeatable")
-        ->group(group);
-    app.add_option("--animate", options.animate_texts,
-                   "NAME=FRAME:VALUE,...: keys on the control's animation curve, frames counted as "
-                   "--frames counts them (\"Density=1:5,48:40\"); repeatable")
-        ->group(group);
-    app.add_option("--import-amplitude", options.import_amplitude,
-                   "FILE: press \"Import Amplitude File\" and pick FILE, an amplitude control file whose "
-                   "keys become the animation curve of control 93")
-        ->group(group);
-    app.add_flag("--preroll", options.preroll,
-                 "Press \"Restart+PreRoll\" before the first frame, so it starts with bubbles in flight")
-        ->group(group);
-    app.add_option("--save-setup", options.save_setup,
-                   "Write the setup in force, once every option above is applied (before the first frame)")
-        ->group(group);
-    app.add_flag("--list-controls", options.list_controls,
-                 "List every control (page, number, name, value, range) after applying the options, then stop")
-        ->group(group);
-    app.add_flag("--list-presets", options.list_presets, "List the demo presets, then stop")->group(group);
+    add_control_group(app, options);
     app.footer(
         "Exit status: 0 every frame written; 1 an input or output failed; 2 bad arguments; "
         "130 or 143 stopped by SIGINT or SIGTERM (the frame in progress is finished first, a second "
