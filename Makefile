@@ -54,7 +54,7 @@ sanitize:
 # of their own (fizzle-render and the plug-in it loads included); the only
 # suppression, in scripts/tsan.supp, is for a system library. The --version
 # checks are left out: the other programs are not built here.
-TSAN_TESTS = framework_tests bubbles_tests host_tests sparkhost_tests apps_tests
+TSAN_TESTS = framework_tests bubbles_tests host_tests sparkhost_tests render_tests apps_tests
 tsan:
 	@./scripts/install-deps.sh
 	@cmake -S . -B $(BUILD)-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DFIZZLE_TSAN=ON -DFIZZLE_BUILD_BENCH=OFF >/dev/null

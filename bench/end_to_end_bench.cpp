@@ -18,9 +18,9 @@
 #include <iterator>
 #include <string>
 
-#include "sparkhost/curves.h"
-#include "sparkhost/default_clips.h"
-#include "sparkhost/host.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/host.h"
 
 namespace fs = std::filesystem;
 using namespace sparkhost;

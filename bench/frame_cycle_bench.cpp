@@ -14,9 +14,9 @@
 #include <string>
 
 #include "bubbles/presets.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/default_clips.h"
-#include "sparkhost/host.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/host.h"
 
 using namespace sparkhost;
 

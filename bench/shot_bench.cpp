@@ -11,8 +11,8 @@
 #include <cstdlib>
 #include <memory>
 
-#include "sparkhost/curves.h"
-#include "sparkhost/host.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/host.h"
 
 using namespace sparkhost;
 

@@ -9,11 +9,11 @@
 #include <string>
 
 #include "spark/spark.h"
-#include "sparkhost/default_clips.h"
-#include "sparkhost/host.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/image_io.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/files/image_io.h"
+#include "sparkhost/files/setup_file.h"
 
 using namespace sparkhost;
 

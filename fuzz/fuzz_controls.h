@@ -4,7 +4,7 @@
 
 #include <dlfcn.h>
 
-#include "sparkhost/controls.h"
+#include "sparkhost/controls/controls.h"
 
 inline sparkhost::ControlTable &fuzz_controls() {
     // The structures are exported from the fuzzer (-rdynamic) and found by name.

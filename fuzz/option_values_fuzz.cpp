@@ -4,12 +4,12 @@
 #include <cstdint>
 #include <string>
 
-#include "apps/fizzle-render/control_options.h"
-#include "apps/fizzle-render/value_parsers.h"
+#include "render/control_options.h"
+#include "render/value_parsers.h"
 #include "fuzz_controls.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/resolution.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/core/resolution.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "fuzz_controls.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/files/setup_file.h"
 
 namespace {
 

@@ -29,11 +29,11 @@ link() {
 }
 
 link amplitude_fuzz fuzz/amplitude_fuzz.cpp fuzz/host_stubs.cpp host/glue/amplitude_import.cpp framework/pause.cpp
-setup_sources="sparkhost/setup_file.cpp sparkhost/controls.cpp sparkhost/curves.cpp sparkhost/text_match.cpp \
-sparkhost/atomic_file.cpp tests/sparkhost/fake_plugin/fake_plugin.cpp fuzz/setup_stubs.cpp"
+setup_sources="sparkhost/files/setup_file.cpp sparkhost/controls/controls.cpp sparkhost/controls/curves.cpp sparkhost/controls/text_match.cpp \
+sparkhost/files/atomic_file.cpp tests/sparkhost/fake_plugin/fake_plugin.cpp fuzz/setup_stubs.cpp"
 link setup_fuzz fuzz/setup_fuzz.cpp $setup_sources
-link option_values_fuzz fuzz/option_values_fuzz.cpp apps/fizzle-render/value_parsers.cpp \
-  apps/fizzle-render/control_options.cpp sparkhost/resolution.cpp $setup_sources
+link option_values_fuzz fuzz/option_values_fuzz.cpp render/value_parsers.cpp \
+  render/control_options.cpp sparkhost/core/resolution.cpp $setup_sources
 
 status=0
 for target in ${FUZZ_TARGETS:-amplitude_fuzz setup_fuzz option_values_fuzz}; do

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace sparkhost {
 

@@ -10,7 +10,7 @@
 
 #include <cstddef>
 
-#include "sparkhost/frame.h"
+#include "sparkhost/core/frame.h"
 #include "sparkhost/plate_io.h"
 
 namespace sparkhost {

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <mutex>
 
-#include "sparkhost/error.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/image_io.h"
 #include "sparkhost/plate_codec.h"
 
 namespace sparkhost {

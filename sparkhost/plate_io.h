@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "sparkhost/atomic_file.h"
+#include "sparkhost/files/atomic_file.h"
 
 namespace sparkhost {
 

@@ -9,8 +9,8 @@
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
 
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 

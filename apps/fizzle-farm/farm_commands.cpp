@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "farm_manager.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Error;

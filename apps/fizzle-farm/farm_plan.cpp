@@ -7,9 +7,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
-#include "sparkhost/regular_file.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/regular_file.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Error;

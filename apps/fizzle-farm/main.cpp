@@ -6,7 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "farm_commands.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 int main(int argc, char **argv) {
     CLI::App app{"Renders a Fizzle shot on a farm: one job fills the simulation cache, then a job "

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 
 #include "farm_manager.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 using sparkhost::Error;
 

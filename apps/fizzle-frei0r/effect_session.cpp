@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <utility>
 
-#include "apps/fizzle-render/host_setup.h"
-#include "sparkhost/error.h"
+#include "render/host_setup.h"
+#include "sparkhost/core/error.h"
 
 using sparkhost::Error;
 

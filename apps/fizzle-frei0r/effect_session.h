@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
-#include "apps/fizzle-render/options.h"
-#include "apps/fizzle-render/shot_runner.h"
-#include "sparkhost/host.h"
-#include "sparkhost/state_cache.h"
+#include "render/options.h"
+#include "render/shot_runner.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/core/state_cache.h"
 
 class EffectSession {
 public:

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 

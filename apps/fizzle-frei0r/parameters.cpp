@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <set>
 
-#include "apps/fizzle-render/control_options.h"
-#include "sparkhost/error.h"
+#include "render/control_options.h"
+#include "sparkhost/core/error.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/fizzle-render/options.h"
+#include "render/options.h"
 #include "frame_clock.h"
-#include "sparkhost/controls.h"
+#include "sparkhost/controls/controls.h"
 
 enum class ParameterRole { Setup, Preset, Preroll, FrameRate, TimeUnit, Birth, Burst, Reflection, Cache, Control };
 

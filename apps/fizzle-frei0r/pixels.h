@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "sparkhost/frame.h"
+#include "sparkhost/core/frame.h"
 
 // frame must already have the picture's size (8-bit).
 void rgba_to_frame(const uint32_t *rgba, sparkhost::Frame &frame);

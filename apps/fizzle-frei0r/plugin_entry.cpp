@@ -28,7 +28,7 @@ extern "C" {
 #include "frame_clock.h"
 #include "parameters.h"
 #include "pixels.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 

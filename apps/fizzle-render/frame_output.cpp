@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
-#include "sparkhost/error.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/image_io.h"
 
 namespace fs = std::filesystem;
 

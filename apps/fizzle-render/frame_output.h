@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sparkhost/frame.h"
+#include "sparkhost/core/frame.h"
 
 // Writes under a temporary name in the same directory, then renames, so a
 // run stopped mid-frame never leaves half a picture behind.

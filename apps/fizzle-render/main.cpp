@@ -4,11 +4,11 @@
 
 #include <CLI/CLI.hpp>
 
-#include "options.h"
+#include "render/options.h"
 #include "render.h"
 #include "stop_request.h"
-#include "sparkhost/error.h"
-#include "sparkhost/memory_policy.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/core/memory_policy.h"
 
 int main(int argc, char **argv) {
     CLI::App app;

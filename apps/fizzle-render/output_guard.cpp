@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Error;

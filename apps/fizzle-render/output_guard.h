@@ -2,7 +2,7 @@
 // plate, setup or amplitude file is refused before anything is written.
 #pragma once
 
-#include "options.h"
+#include "render/options.h"
 
 // Throws sparkhost::Error naming the option and the file when an output of
 // the run (frames, the bubbles layer, overlay SVGs, the saved setup,

@@ -5,17 +5,10 @@
 
 #include <filesystem>
 
-#include "sparkhost/error.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/viewer/gl_recorder.h"
 
 using sparkhost::Error;
-
-void add_overlay_options(CLI::App &app, RenderOptions &options) {
-    app.add_flag("--overlay", options.overlay,
-                 "Draw the effect's viewer overlay (emitter, light and cone handles) over each frame");
-    app.add_option("--overlay-svg", options.overlay_svg,
-                   "Also write the overlay as SVG, one file a frame, e.g. overlay.%04d.svg");
-}
 
 namespace {
 

@@ -2,15 +2,11 @@
 // each written frame (--overlay) or written as SVG (--overlay-svg).
 #pragma once
 
-#include <CLI/CLI.hpp>
-
-#include "options.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/host.h"
-#include "sparkhost/viewer.h"
-
-void add_overlay_options(CLI::App &app, RenderOptions &options);
+#include "render/options.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/viewer/viewer.h"
 
 class OverlayOutput {
 public:

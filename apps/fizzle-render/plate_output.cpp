@@ -8,11 +8,11 @@
 #include <cctype>
 #include <filesystem>
 
-#include "sparkhost/atomic_file.h"
+#include "sparkhost/files/atomic_file.h"
 #include "sparkhost/bubble_layer.h"
-#include "sparkhost/converted_clip.h"
-#include "sparkhost/error.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/clips/converted_clip.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/image_io.h"
 
 using sparkhost::Error;
 

@@ -18,10 +18,10 @@
 #include <thread>
 #include <vector>
 
-#include "options.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/host.h"
+#include "render/options.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/core/host.h"
 #include "sparkhost/plate_io.h"
 
 class PlateOutput {

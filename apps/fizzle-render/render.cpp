@@ -11,23 +11,24 @@
 #include <filesystem>
 #include <optional>
 
-#include "control_options.h"
-#include "host_setup.h"
+#include "render/control_options.h"
+#include "host_settings.h"
+#include "render/host_setup.h"
 #include "overlay_output.h"
 #include "plate_output.h"
 #include "progress.h"
-#include "shot_runner.h"
+#include "render/shot_runner.h"
 #include "frame_output.h"
 #include "output_guard.h"
 #include "resume.h"
 #include "stop_request.h"
 #include "timings.h"
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/frame_writer.h"
-#include "sparkhost/image_io.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/files/frame_writer.h"
+#include "sparkhost/files/image_io.h"
+#include "sparkhost/files/setup_file.h"
 
 using sparkhost::Error;
 

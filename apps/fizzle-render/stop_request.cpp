@@ -7,7 +7,7 @@
 #include <atomic>
 #include <cstring>
 
-#include "sparkhost/atomic_file.h"
+#include "sparkhost/files/atomic_file.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cstdio>
 
-#include "sparkhost/host.h"
+#include "sparkhost/core/host.h"
 
 class RenderTimings {
 public:

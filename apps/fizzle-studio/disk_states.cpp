@@ -9,8 +9,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "sparkhost/frame_pattern.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/files/frame_pattern.h"
+#include "sparkhost/files/setup_file.h"
 
 namespace fs = std::filesystem;
 

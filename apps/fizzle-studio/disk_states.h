@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/options.h"
-#include "sparkhost/host.h"
+#include "render/checkpoints.h"
+#include "render/options.h"
+#include "sparkhost/core/host.h"
 
 class DiskStates {
 public:

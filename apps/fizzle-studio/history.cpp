@@ -1,8 +1,8 @@
 // The studio's undo stack over whole settings.
 #include "history.h"
 
-#include "apps/fizzle-render/control_options.h"
-#include "sparkhost/text_match.h"
+#include "render/control_options.h"
+#include "sparkhost/controls/text_match.h"
 
 using sparkhost::Control;
 using sparkhost::ControlKind;

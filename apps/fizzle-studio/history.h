@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "sparkhost/curves.h"
-#include "sparkhost/host.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/host.h"
 
 // Everything a step can change: control values, texts and keys, and
 // whether the bubbles restart with a pre-roll.

@@ -11,8 +11,8 @@
 
 #include "server.h"
 #include "session.h"
-#include "sparkhost/error.h"
-#include "sparkhost/memory_policy.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/core/memory_policy.h"
 #include "studio_options.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "apps/fizzle-render/control_options.h"
+#include "render/control_options.h"
 
 using sparkhost::ControlKind;
 using nlohmann::json;

@@ -4,9 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sparkhost/controls.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/controls/controls.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/viewer/gl_recorder.h"
 
 // number, page, slot, kind, name, title, value (colours as "#RRGGBB", lists
 // from 0), range and step, list entries, text, hidden and enabled. shown:

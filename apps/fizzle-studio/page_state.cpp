@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "page_json.h"
-#include "sparkhost/curves.h"
+#include "sparkhost/controls/curves.h"
 
 using nlohmann::json;
 

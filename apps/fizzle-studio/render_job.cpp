@@ -13,7 +13,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "sparkhost/frame_pattern.h"
+#include "sparkhost/files/frame_pattern.h"
 
 RenderJob::~RenderJob() {
     cancel();

@@ -15,8 +15,8 @@
 #include "guarded_server.h"
 #include "make_folders.h"
 #include "picture_delta.h"
-#include "sparkhost/error.h"
-#include "sparkhost/setup_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/setup_file.h"
 
 using nlohmann::json;
 

@@ -5,16 +5,17 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/control_options.h"
-#include "apps/fizzle-render/host_setup.h"
+#include "render/checkpoints.h"
+#include "render/control_options.h"
+#include "render/host_setup.h"
+#include "render/render_command.h"
 #include "page_json.h"
-#include "sparkhost/control_log.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/error.h"
-#include "sparkhost/setup_file.h"
-#include "sparkhost/text_match.h"
-#include "sparkhost/ui_record.h"
+#include "sparkhost/controls/control_log.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/setup_file.h"
+#include "sparkhost/controls/text_match.h"
+#include "sparkhost/viewer/ui_record.h"
 
 using nlohmann::json;
 using sparkhost::Control;
@@ -310,24 +311,17 @@ json Session::import_amplitude(const std::optional<std::string> &path) {
 std::vector<std::string> Session::render_arguments(const std::string &setup_path, const std::string &setup_name,
                                                    const std::string &output, int first, int last) {
     save_setup(setup_path);
-    std::vector<std::string> arguments = {"--size", options_.format.size_text(), "--depth",
-                                          options_.format.depth == sparkhost::Depth::Bits12 ? "12" : "8"};
-    if (options_.pixel_aspect != 1.0) {
-        char aspect[32];
-        std::snprintf(aspect, sizeof aspect, "%.9g", options_.pixel_aspect);
-        arguments.insert(arguments.end(), {"--aspect", aspect});
-    }
-    for (int clip = 0; clip < sparkhost::kClipCount; ++clip)
-        if (!options_.inputs[clip].empty())
-            arguments.insert(arguments.end(), {std::string("--") + sparkhost::clip_name(clip), options_.inputs[clip]});
-    arguments.insert(arguments.end(), {"--setup", setup_name});
+    // The studio's own size, depth, aspect and clips; the rest is this render's.
+    RenderCommand command = render_command(options_);
+    command.setup = setup_name;
     {
         std::lock_guard<std::mutex> lock(plugin_mutex_);
-        if (preroll_) arguments.push_back("--preroll");
+        command.preroll = preroll_;
     }
-    arguments.insert(arguments.end(),
-                     {"--frames", std::to_string(first) + "-" + std::to_string(last), "-o", output});
-    return arguments;
+    command.first_frame = first;
+    command.last_frame = last;
+    command.output = output;
+    return ::render_arguments(command);
 }
 
 void Session::stop_requests() {

@@ -15,12 +15,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apps/fizzle-render/options.h"
-#include "sparkhost/host.h"
-#include "sparkhost/viewer.h"
+#include "render/options.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/viewer/viewer.h"
 #include "disk_states.h"
 #include "history.h"
-#include "sparkhost/state_cache.h"
+#include "sparkhost/core/state_cache.h"
 
 // A request the page made that cannot be carried out; the message is for the user.
 class RequestError : public std::runtime_error {

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "apps/fizzle-render/checkpoints.h"
-#include "apps/fizzle-render/control_options.h"
-#include "sparkhost/error.h"
+#include "render/checkpoints.h"
+#include "render/control_options.h"
+#include "sparkhost/core/error.h"
 
 using nlohmann::json;
 

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 #ifndef FIZZLE_STUDIO_WEB
 #define FIZZLE_STUDIO_WEB "web"

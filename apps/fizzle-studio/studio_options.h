@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/fizzle-render/options.h"
+#include "render/options.h"
 
 struct StudioOptions {
     RenderOptions render;  // size, depth, aspect, processors, inputs, setup, preset, frames

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace fs = std::filesystem;
 

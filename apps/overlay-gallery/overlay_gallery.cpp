@@ -12,9 +12,9 @@
 #include "framework/overlay.h"
 #include "framework/overlay_widgets.h"
 #include "spark/spark_gl.h"
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/error.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/viewer/gl_recorder.h"
 
 namespace {
 

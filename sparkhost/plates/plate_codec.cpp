@@ -11,7 +11,7 @@
 #include <fstream>
 #include <mutex>
 
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace sparkhost {
 

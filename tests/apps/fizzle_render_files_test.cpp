@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "render_run.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/image_io.h"
 
 namespace fs = std::filesystem;
 using sparkhost::Depth;

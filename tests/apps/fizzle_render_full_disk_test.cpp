@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "render_run.h"
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/files/image_io.h"
 
 namespace fs = std::filesystem;
 

@@ -13,8 +13,8 @@
 #include <thread>
 
 #include "render_run.h"
-#include "sparkhost/atomic_file.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/files/atomic_file.h"
+#include "sparkhost/files/image_io.h"
 
 extern char **environ;
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "render_run.h"
-#include "sparkhost/frame.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/files/image_io.h"
 
 using sparkhost::Depth;
 using sparkhost::Frame;

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "frame_clock.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 TEST(FrameClock, SecondsAndMillisecondsLandOnTheirFramesDespiteRounding) {
     FrameClock seconds(25, TimeUnit::Seconds);

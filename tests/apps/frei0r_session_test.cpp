@@ -7,11 +7,11 @@
 #include <map>
 #include <vector>
 
-#include "apps/fizzle-render/host_setup.h"
+#include "render/host_setup.h"
 #include "effect_session.h"
 #include "parameters.h"
-#include "sparkhost/default_clips.h"
-#include "sparkhost/error.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 

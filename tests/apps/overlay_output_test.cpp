@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "render_run.h"
-#include "sparkhost/host.h"
-#include "sparkhost/image_io.h"
-#include "sparkhost/viewer.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/files/image_io.h"
+#include "sparkhost/viewer/viewer.h"
 
 using namespace sparkhost;
 

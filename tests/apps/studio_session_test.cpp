@@ -9,7 +9,7 @@
 
 #include "apps/fizzle-studio/history.h"
 #include "apps/fizzle-studio/session.h"
-#include "sparkhost/state_cache.h"
+#include "sparkhost/core/state_cache.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "bubbles/bubbles.h"
 #include "host/glue/control_binding.h"
 #include "host/glue/control_table.h"
-#include "sparkhost/control_log.h"
+#include "sparkhost/controls/control_log.h"
 
 class BoundEffectTest : public ::testing::Test {
 protected:

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "sparkhost/frame.h"
+#include "sparkhost/core/frame.h"
 
 // The largest channel difference and how many pixels differ at all.
 struct FrameDifference {

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "preset_host.h"
-#include "sparkhost/image_io.h"
+#include "sparkhost/files/image_io.h"
 
 namespace fs = std::filesystem;
 

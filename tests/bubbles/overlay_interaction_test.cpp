@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/plugin_host_fixture.h"
-#include "sparkhost/viewer.h"
+#include "sparkhost/viewer/viewer.h"
 
 using sparkhost::GlPrimitive;
 using sparkhost::PenOutcome;

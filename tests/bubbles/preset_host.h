@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "sparkhost/frame.h"
-#include "sparkhost/host.h"
+#include "sparkhost/core/frame.h"
+#include "sparkhost/core/host.h"
 
 // How the host presents frames: depth, pixel aspect and proxy resolution.
 struct PresetLook {

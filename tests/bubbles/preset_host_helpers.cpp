@@ -7,7 +7,7 @@
 
 #include "bubbles/presets.h"
 #include "preset_host.h"
-#include "sparkhost/curves.h"
+#include "sparkhost/controls/curves.h"
 
 PresetHost::PresetHost(int width, int height, int processors, const PresetLook &look)
     : format{width, height, look.depth} {

@@ -8,9 +8,9 @@
 #include <ostream>
 #include <vector>
 
-#include "sparkhost/control_log.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/controls/control_log.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/viewer/gl_recorder.h"
 #include "spark/spark.h"
 
 namespace sparkhost {

@@ -7,11 +7,11 @@
 #include <memory>
 
 #include "spark/spark.h"
-#include "sparkhost/control_log.h"
-#include "sparkhost/controls.h"
-#include "sparkhost/curves.h"
-#include "sparkhost/host.h"
-#include "sparkhost/ui_record.h"
+#include "sparkhost/controls/control_log.h"
+#include "sparkhost/controls/controls.h"
+#include "sparkhost/controls/curves.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/viewer/ui_record.h"
 
 inline sparkhost::Settings quiet_host_settings(sparkhost::Depth depth = sparkhost::Depth::Bits8) {
     sparkhost::Settings settings;

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "sparkhost/controls.h"
-#include "sparkhost/curves.h"
+#include "sparkhost/controls/controls.h"
+#include "sparkhost/controls/curves.h"
 #include "sparkhost/fake_plugin/fake_plugin.h"
 
 // The message of the error the action throws, or "(no error)".

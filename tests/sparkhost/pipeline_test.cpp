@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "sparkhost/default_clips.h"
-#include "sparkhost/error.h"
-#include "sparkhost/frame_writer.h"
-#include "sparkhost/host.h"
-#include "sparkhost/image_io.h"
-#include "sparkhost/prefetch_clip.h"
+#include "sparkhost/clips/default_clips.h"
+#include "sparkhost/core/error.h"
+#include "sparkhost/files/frame_writer.h"
+#include "sparkhost/core/host.h"
+#include "sparkhost/files/image_io.h"
+#include "sparkhost/clips/prefetch_clip.h"
 
 using namespace sparkhost;
 namespace fs = std::filesystem;

@@ -11,7 +11,7 @@
 #include <limits>
 
 #include "sparkhost/bubble_layer.h"
-#include "sparkhost/error.h"
+#include "sparkhost/core/error.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "host/adapter/overlay_bridge.h"
 #include "host/plugin_host_fixture.h"
 #include "spark/spark.h"
-#include "sparkhost/gl_recorder.h"
+#include "sparkhost/viewer/gl_recorder.h"
 
 namespace {
 

@@ -1,0 +1,171 @@
+// The built-in input pictures.
+#include "sparkhost/clips/default_clips.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "sparkhost/clips/default_scene.h"
+#include "sparkhost/core/host.h"
+
+namespace sparkhost {
+
+namespace {
+
+struct Colour {
+    double r, g, b;
+};
+
+// A triangle wave with period 1 between 0 and 1.
+double triangle(double t) {
+    double f = t - std::floor(t);
+    return 1.0 - std::fabs(2.0 * f - 1.0);
+}
+
+double smoothstep(double edge0, double edge1, double x) {
+    double t = std::clamp((x - edge0) / (edge1 - edge0), 0.0, 1.0);
+    return t * t * (3.0 - 2.0 * t);
+}
+
+uint16_t to16(double v) { return uint16_t(std::clamp(v, 0.0, 1.0) * 65535.0 + 0.5); }
+
+// Writes the shaded colour of every pixel straight into the frame's rows,
+// rounded as Frame::set_rgb16 rounds.
+template <class Shader>
+void paint(Frame &frame, const FrameFormat &format, Shader shade) {
+    frame.reshape(format);
+    const bool deep = format.depth == Depth::Bits12;
+    const std::size_t pixel = deep ? 6 : 3;
+    for (int y = 0; y < format.height; ++y) {
+        // v runs from 0 at the bottom row to 1 at the top.
+        double v = (y + 0.5) / format.height;
+        uint8_t *out = frame.row(y);
+        Colour last{};
+        for (int x = 0; x < format.width; ++x) {
+            double u = (x + 0.5) / format.width;
+            Colour c = shade(x, y, u, v);
+            // The mattes are mostly runs of one colour: the pixel just
+            // written is copied rather than rounded again.
+            if (x > 0 && c.r == last.r && c.g == last.g && c.b == last.b) {
+                std::memcpy(out, out - pixel, pixel);
+                out += pixel;
+                continue;
+            }
+            last = c;
+            for (double channel : {c.r, c.g, c.b}) {
+                int value = quantize16(to16(channel), format.depth);
+                if (deep) {
+                    uint16_t word = uint16_t(value << 4);
+                    std::memcpy(out, &word, 2);
+                    out += 2;
+                } else {
+                    *out++ = uint8_t(value);
+                }
+            }
+        }
+    }
+}
+
+template <class Shader>
+Frame paint(const FrameFormat &format, Shader shade) {
+    Frame frame;
+    paint(frame, format, shade);
+    return frame;
+}
+
+// The still pictures are drawn when a render starts, so they take short cuts
+// that give the very same bytes: values that depend only on the row or only
+// on the column are computed once for it, and far from the disc is black.
+
+Frame birth_matte(const FrameFormat &format) {
+    return paint(format, [&](int, int y, double, double) {
+        double white = y * 10 < format.height ? 1.0 : 0.0;
+        return Colour{white, white, white};
+    });
+}
+
+Frame burst_matte(const FrameFormat &format) {
+    double cx = format.width / 2.0;
+    double cy = format.height * 2.0 / 3.0;
+    double radius = std::min(format.width, format.height) / 6.0;
+    // A pixel whose row or column alone lies a radius away or more is black:
+    // its distance is at least that far, so the smoothstep is exactly 1.
+    std::vector<char> far_column(std::size_t(format.width));
+    for (int x = 0; x < format.width; ++x) {
+        double dx = x + 0.5 - cx;
+        far_column[std::size_t(x)] = std::sqrt(dx * dx) >= radius;
+    }
+    return paint(format, [&](int x, int y, double, double) {
+        double dx = x + 0.5 - cx, dy = y + 0.5 - cy;
+        if (far_column[std::size_t(x)] || std::sqrt(dy * dy) >= radius) return Colour{0.0, 0.0, 0.0};
+        double d = std::sqrt(dx * dx + dy * dy);
+        double white = 1.0 - smoothstep(0.5 * radius, radius, d);
+        return Colour{white, white, white};
+    });
+}
+
+// A rainbow across the picture, brighter towards the top, with a bright
+// window band near the top as a reflection would show.
+Frame reflection(const FrameFormat &format) {
+    std::vector<Colour> rainbow(std::size_t(format.width));
+    for (int x = 0; x < format.width; ++x) {
+        double u = (x + 0.5) / format.width;
+        rainbow[std::size_t(x)] = {triangle(u * 1.5), triangle(u * 1.5 + 1.0 / 3.0), triangle(u * 1.5 + 2.0 / 3.0)};
+    }
+    int row = -1;
+    double light = 0.0, window = 0.0;
+    return paint(format, [&](int x, int y, double, double v) {
+        if (y != row) {
+            row = y;
+            light = 0.3 + 0.6 * v;
+            window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
+        }
+        const Colour &band = rainbow[std::size_t(x)];
+        Colour c{band.r * light, band.g * light, band.b * light};
+        return Colour{c.r + 0.6 * window, c.g + 0.6 * window, c.b + 0.6 * window};
+    });
+}
+
+}  // namespace
+
+Frame default_frame(int clip, int number, const FrameFormat &format) {
+    switch (clip) {
+    case kScene: {
+        Frame frame;
+        draw_scene(number, format, frame);
+        return frame;
+    }
+    case kBirth:
+        return birth_matte(format);
+    case kBurst:
+        return burst_matte(format);
+    default:
+        return reflection(format);
+    }
+}
+
+Frame DefaultClip::frame(int number, const FrameFormat &format) {
+    Frame picture;
+    fill(number, format, picture);
+    return picture;
+}
+
+void DefaultClip::fill(int number, const FrameFormat &format, Frame &into) {
+    if (clip_ == kScene) {
+        draw_scene(number, format, into);
+        return;
+    }
+    if (!still_ || still_->format() != format)
+        still_ = std::make_unique<Frame>(default_frame(clip_, number, format));
+    into.assign(*still_);
+}
+
+bool DefaultClip::changes() const { return clip_ == kScene; }
+
+std::string DefaultClip::describe() const { return std::string("built-in ") + clip_name(clip_); }
+
+std::shared_ptr<ClipSource> make_default_clip(int clip) { return std::make_shared<DefaultClip>(clip); }
+
+}  // namespace sparkhost
