@@ -7,11 +7,11 @@
 #include <cstdint>
 #include <vector>
 
-#include "bubbles/bubble_shade.h"
-#include "bubbles/bubbles_info.h"
+#include "bubbles/render/bubble_shade.h"
+#include "bubbles/effect/bubbles_info.h"
 #include "bubbles/parameters.h"
-#include "bubbles/particle_set.h"
-#include "bubbles/sprite.h"
+#include "bubbles/engine/particle_set.h"
+#include "bubbles/render/sprite.h"
 #include "framework/controls.h"
 #include "framework/image.h"
 #include "framework/overlay.h"
@@ -233,7 +233,7 @@ public:
 
     // ------------------------------------------------------------------
     // Simulation without drawing, and the state one frame hands the next
-    // (bubbles/simulation_state.cpp).
+    // (bubbles/engine/simulation_state.cpp).
     // ------------------------------------------------------------------
     // Advances the set exactly as process_frame_images would, with every
     // random draw of the render, but reads no scene or reflection and

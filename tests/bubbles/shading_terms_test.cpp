@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "bubbles/shading_terms.h"
+#include "bubbles/render/shading_terms.h"
 
 namespace {
 

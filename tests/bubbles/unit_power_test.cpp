@@ -9,7 +9,7 @@
 #include <limits>
 #include <random>
 
-#include "bubbles/unit_power.h"
+#include "bubbles/render/unit_power.h"
 
 namespace {
 

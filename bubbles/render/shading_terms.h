@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "bubbles/bubble_shade.h"
+#include "bubbles/render/bubble_shade.h"
 #include "framework/pixel.h"
 
 // Processor features the terms are computed with; the widest one the

@@ -1,6 +1,6 @@
 // BubblesOverlayQv's pointer handling: picking and dragging the light cone's
 // edge handles, which set "Light Spread".
-#include "bubbles/bubbles_overlay.h"
+#include "bubbles/effect/bubbles_overlay.h"
 
 #include <cmath>
 

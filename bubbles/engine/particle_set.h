@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "bubbles/sprite.h"
+#include "bubbles/render/sprite.h"
 
 struct tagPART {
     float prev_x, prev_y;

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "bubbles/bubbles_overlay.h"
+#include "bubbles/effect/bubbles_overlay.h"
 #include "framework/controls.h"
 #include "framework/overlay_widgets.h"
 #include "framework/plugin.h"

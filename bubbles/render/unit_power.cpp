@@ -1,5 +1,5 @@
 // The tables of UnitPower.
-#include "bubbles/unit_power.h"
+#include "bubbles/render/unit_power.h"
 
 #include <cmath>
 

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "bubbles/bubbles.h"
-#include "bubbles/shading_terms.h"
+#include "bubbles/render/shading_terms.h"
 #include "framework/messages.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // four with AVX2 and eight with AVX-512, picked at run time. Each copy sits
 // in a target region of its own so that its gathers and square roots are
 // the instruction set's.
-#include "bubbles/shading_terms.h"
+#include "bubbles/render/shading_terms.h"
 
 #include <cmath>
 #include <cstring>
@@ -58,7 +58,7 @@ struct Isa {
         return any == 0;
     }
 };
-#include "bubbles/shading_kernel.h"
+#include "bubbles/render/shading_kernel.h"
 
 void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
     Kernel<2>::run_terms(c, run, n, lit, high);
@@ -85,7 +85,7 @@ struct Isa {
         return _mm_testz_si128(__m128i(v), __m128i(v));
     }
 };
-#include "bubbles/shading_kernel.h"
+#include "bubbles/render/shading_kernel.h"
 
 void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
     Kernel<4>::run_terms(c, run, n, lit, high);
@@ -112,7 +112,7 @@ struct Isa {
         return _mm256_testz_si256(__m256i(v), __m256i(v));
     }
 };
-#include "bubbles/shading_kernel.h"
+#include "bubbles/render/shading_kernel.h"
 
 void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
     Kernel<8>::run_terms(c, run, n, lit, high);

@@ -1,5 +1,5 @@
 // BubblesInfo: the list of its controls.
-#include "bubbles/bubbles_info.h"
+#include "bubbles/effect/bubbles_info.h"
 
 std::array<ControlQv *, BubblesInfo::kControlCount> BubblesInfo::controls() {
     return {&restart[0], &restart[1], &restart[2], &restart[3],

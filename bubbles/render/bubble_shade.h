@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "bubbles/sprite.h"
-#include "bubbles/unit_power.h"
+#include "bubbles/render/sprite.h"
+#include "bubbles/render/unit_power.h"
 #include "framework/image.h"
 
 struct BubbleShade {
