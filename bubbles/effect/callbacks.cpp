@@ -4,13 +4,13 @@
 
 // Kept on purpose: the buttons only raise requests; the next processed frame
 // acts on them, however often they were pressed.
-void Bubbles::RestartCB(ControlQv &, double) { restartPending = 1; }
+void Bubbles::RestartCB(ControlQv &, double) { engine.restartPending = 1; }
 
-void Bubbles::PreRollCB(ControlQv &, double) { preRollPending = 1; }
+void Bubbles::PreRollCB(ControlQv &, double) { engine.preRollPending = 1; }
 
 void Bubbles::RestartPreRollCB(ControlQv &, double) {
-    restartPending = 1;
-    preRollPending = 1;
+    engine.restartPending = 1;
+    engine.preRollPending = 1;
 }
 
 void Bubbles::GrowthModeCB(ControlQv &, double) { ShowGroup(VisibilityGroup::Growing); }

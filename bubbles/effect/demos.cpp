@@ -41,7 +41,7 @@ void write(ColourControlQv &control, const std::array<uint16_t, 4> &colour) {
 
 void Bubbles::DemosCB(ControlQv &, double time) {
     // Whatever the list says, choosing a demo empties the set at the next frame.
-    restartPending = 1;
+    engine.restartPending = 1;
     BubblesInfo &c = info;
     const DemoPreset &p = demo_preset_for_list_value(c.demos.GetValue(-1.0));
 

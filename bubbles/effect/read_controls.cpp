@@ -7,7 +7,7 @@
 // of the frame.
 void Bubbles::ReadControls() {
     BubblesInfo &c = info;
-    BubbleParameters &p = parameters;
+    BubbleParameters &p = engine.parameters;
 #define FIZZLE_INT(n, title, value, min, max, step, flags, member, parameter, ...) \
     p.parameter = effect_value(c.member);
 #define FIZZLE_FLOAT(n, title, value, min, max, step, cls, member, parameter, ...) \

@@ -1,9 +1,9 @@
-// One frame of the effect: sprite and particle caches, the frame's random
+// One frame of the engine: sprite and particle caches, the frame's random
 // table, restart and pre-roll requests, the emitter line and the step.
 #include <cmath>
 #include <cstdlib>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 
 namespace {
 
@@ -13,7 +13,8 @@ int sign_of(int32_t value) { return (value > 0) - (value < 0); }
 
 }  // namespace
 
-int Bubbles::find_polyline_pixels(const float *xs, const float *ys, int n, float *outX, float *outY, int maxOut) {
+int ParticleEngine::find_polyline_pixels(const float *xs, const float *ys, int n, float *outX, float *outY,
+                                         int maxOut) {
     if (n < 1 || maxOut < 1) return 0;
     if (n == 1) {
         outX[0] = xs[0];
@@ -63,7 +64,7 @@ int Bubbles::find_polyline_pixels(const float *xs, const float *ys, int n, float
     return stored;
 }
 
-void Bubbles::remap_particles() {
+void ParticleEngine::remap_particles() {
     const float ratio_x = float(prevWidth) / float(frameWidth);
     const float ratio_y = float(prevHeight) / float(frameHeight);
     const int32_t last_sprite = partSet->lump_count - 1;
@@ -81,24 +82,21 @@ void Bubbles::remap_particles() {
     }
 }
 
-void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burst, ImageQv *reflection,
-                                   ImageQv *output, double frame) {
-    if ((drawing && !scene) || !output || !partSet) return;
+bool ParticleEngine::match_output(const ImageQv *output) {
     frameWidth = output->width;
     frameHeight = output->height;
     ratioA = float(output->scale_x);
     ratioB = float(output->scale_y);
     const float aspect = ratioB / ratioA;
-    if (AbortRender()) return;
     // An empty proxy frame has nothing to draw, and remapping to or from a
     // zero size would lose every particle's position.
-    if (frameWidth < 1 || frameHeight < 1) return;
+    if (frameWidth < 1 || frameHeight < 1) return false;
 
     renderScale = output->video_scale;
 
     if (std::fabs(aspect - lumpAspect) > 1e-5) {
         // On failure lumpAspect stays, so the next frame tries again.
-        if (!part_set_correct_lumps(partSet, aspect)) return;
+        if (!part_set_correct_lumps(partSet, aspect)) return false;
         lumpAspect = aspect;
     }
 
@@ -109,7 +107,12 @@ void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burs
         prevWidth = frameWidth;
         prevHeight = frameHeight;
     }
+    return true;
+}
 
+bool ParticleEngine::prepare_frame(ImageQv *birth, ImageQv *burst, ImageQv *reflection, ImageQv *output,
+                                   double frame) {
+    if (!output || !partSet || !match_output(output)) return false;
     pixel_aspect = ratioA;
     render_aspect = ratioB;
     scale_divisor = int32_t(renderScale) < 1 ? 1 : int32_t(renderScale);
@@ -120,18 +123,17 @@ void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burs
     reflection_image = reflection;
     output_image = output;
 
-    const long seed = long(parameters.seed);
     long seed_word = -long((parameters.seed + frame + 1.0) * 10.0);
     fill_random_table(&seed_word);
     partSet->seed = int32_t(seed_word);
+    return true;
+}
 
-    if (drawing) output->CopyValues(scene, 1.0f, 1.0f, 1.0f, 1.0f);
-
+void ParticleEngine::step_frame(double frame, PartRenderStep &render) {
     const float emitter_x[2] = {float(frameWidth * parameters.left_x), float(frameWidth * parameters.right_x)};
     const float emitter_y[2] = {float(frameHeight * parameters.left_y), float(frameHeight * parameters.right_y)};
+    const long seed = long(parameters.seed);
     const int32_t preroll_steps = int32_t(parameters.preroll);
-    const int32_t use_birth_matte = parameters.use_birth_matte ? 1 : 0;
-    const int32_t congregate = parameters.congregate ? 1 : 0;
     part_info_from_spark(partSet);
 
     if (restartPending) {
@@ -139,26 +141,28 @@ void Bubbles::process_frame_images(ImageQv *scene, ImageQv *birth, ImageQv *burs
         part_set_free_all(partSet);
     }
 
-    float birth_x[kMaxBirthPositions];
-    float birth_y[kMaxBirthPositions];
     if (preRollPending) {
         partSet->preroll = 1;
         for (int32_t i = 0; i < preroll_steps; ++i) {
             // The tables of frames 0 .. PreRoll - 1, whatever frame is asked for.
-            seed_word = -((seed + i) * 10 + 10);
+            long seed_word = -((seed + i) * 10 + 10);
             fill_random_table(&seed_word);
             partSet->seed = int32_t(seed_word);
-            const int count =
-                find_polyline_pixels(emitter_x, emitter_y, 2, birth_x, birth_y, kMaxBirthPositions);
-            if (count >= 1) part_set_execute(partSet, birth_x, birth_y, count, i, use_birth_matte, congregate);
+            run_step(emitter_x, emitter_y, i, render);
         }
         preRollPending = 0;
         partSet->preroll = 0;
     }
+    run_step(emitter_x, emitter_y, int32_t(frame), render);
+}
 
+// One step from the emitter line's pixels; a line with none steps nothing.
+void ParticleEngine::run_step(const float *emitter_x, const float *emitter_y, int32_t frame,
+                              PartRenderStep &render) {
+    float birth_x[kMaxBirthPositions];
+    float birth_y[kMaxBirthPositions];
+    const int32_t use_birth_matte = parameters.use_birth_matte ? 1 : 0;
+    const int32_t congregate = parameters.congregate ? 1 : 0;
     const int count = find_polyline_pixels(emitter_x, emitter_y, 2, birth_x, birth_y, kMaxBirthPositions);
-    if (count >= 1)
-        part_set_execute(partSet, birth_x, birth_y, count, int32_t(frame), use_birth_matte, congregate);
-
-    if (drawing && !skip_matte_copy) output->CopyAlpha(scene);
+    if (count >= 1) part_set_execute(partSet, birth_x, birth_y, count, frame, use_birth_matte, congregate, render);
 }

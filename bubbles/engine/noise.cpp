@@ -2,7 +2,7 @@
 // step of the light cone's edge.
 #include <cmath>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 #include "framework/random.h"
 
 namespace {
@@ -34,14 +34,14 @@ float blend(float t, float a, float b) { return a + t * (b - a); }
 
 }  // namespace
 
-float Bubbles::soft_step(float x, float edge0, float edge1) {
+float ParticleEngine::soft_step(float x, float edge0, float edge1) {
     float t = (x - edge0) / (edge1 - edge0);
     if (t < 0.0f) return 0.0f;
     if (t > 1.0f) return 1.0f;
     return t * t * (3 - 2 * t);
 }
 
-void Bubbles::gradientTabInit(long seed) {
+void ParticleEngine::gradientTabInit(long seed) {
     ran1fQv(&seed);  // the seeding draw only initialises
     for (auto &entry : unitVectors) {
         float u1 = ran1fQv(&seed);
@@ -55,12 +55,12 @@ void Bubbles::gradientTabInit(long seed) {
     }
 }
 
-float Bubbles::glattice(int32_t ix, int32_t iy, int32_t iz, float fx, float fy, float fz) const {
+float ParticleEngine::glattice(int32_t ix, int32_t iy, int32_t iz, float fx, float fy, float fz) const {
     const float *g = unitVectors[kPermutation[(ix + kPermutation[(iy + kPermutation[iz & 255]) & 255]) & 255]];
     return g[0] * fx + g[1] * fy + g[2] * fz;
 }
 
-float Bubbles::gnoise(float x, float y, float z) const {
+float ParticleEngine::gnoise(float x, float y, float z) const {
     const int32_t ix = lattice_floor(x), iy = lattice_floor(y), iz = lattice_floor(z);
     const float fx0 = x - float(ix), fx1 = fx0 - 1;
     const float fy0 = y - float(iy), fy1 = fy0 - 1;

@@ -2,9 +2,9 @@
 // parameters.
 #include <cmath>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 
-void Bubbles::part_info_from_spark(tagPARTSET *set) {
+void ParticleEngine::part_info_from_spark(tagPARTSET *set) {
     const BubbleParameters &c = parameters;
     // A divisor below 1 only comes from an image that was never given a
     // proxy scale; it means full resolution.

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 #include "framework/messages.h"
 
 namespace {
@@ -16,7 +16,7 @@ void free_lump_table(tagPARTLUMP **table, int32_t count) {
 
 }  // namespace
 
-tagPARTBLOB *Bubbles::part_blob_create(int32_t count) {
+tagPARTBLOB *ParticleEngine::part_blob_create(int32_t count) {
     if (count < 1) {
         PrintError("part_blob_create(): a block needs at least one particle, not %d\n", count);
         return nullptr;
@@ -33,13 +33,13 @@ tagPARTBLOB *Bubbles::part_blob_create(int32_t count) {
     return blob;
 }
 
-void Bubbles::part_blob_destroy(tagPARTBLOB *blob) {
+void ParticleEngine::part_blob_destroy(tagPARTBLOB *blob) {
     if (!blob) return;
     std::free(blob->particles);
     std::free(blob);
 }
 
-tagPARTSET *Bubbles::part_set_create(int32_t capacity) {
+tagPARTSET *ParticleEngine::part_set_create(int32_t capacity) {
     auto *set = static_cast<tagPARTSET *>(std::calloc(1, sizeof(tagPARTSET)));
     if (!set) return nullptr;
     set->blob_capacity = capacity;
@@ -71,7 +71,7 @@ tagPARTSET *Bubbles::part_set_create(int32_t capacity) {
     return set;
 }
 
-tagPART *Bubbles::part_alloc(tagPARTSET *set) {
+tagPART *ParticleEngine::part_alloc(tagPARTSET *set) {
     if (!set->free_list) {
         tagPARTBLOB *blob = part_blob_create(set->blob_capacity);
         if (!blob) return nullptr;
@@ -86,7 +86,7 @@ tagPART *Bubbles::part_alloc(tagPARTSET *set) {
     return particle;
 }
 
-void Bubbles::part_set_free_all(tagPARTSET *set) {
+void ParticleEngine::part_set_free_all(tagPARTSET *set) {
     if (!set || !set->live_list) return;
     tagPART *last = set->live_list;
     while (last->next) last = last->next;
@@ -96,7 +96,7 @@ void Bubbles::part_set_free_all(tagPARTSET *set) {
     set->live_count = 0;
 }
 
-void Bubbles::part_set_destroy(tagPARTSET *set) {
+void ParticleEngine::part_set_destroy(tagPARTSET *set) {
     if (!set) return;
     for (tagPARTBLOB *blob = set->blobs; blob;) {
         tagPARTBLOB *next = blob->next;
@@ -108,7 +108,7 @@ void Bubbles::part_set_destroy(tagPARTSET *set) {
     std::free(set);
 }
 
-int Bubbles::part_set_correct_lumps(tagPARTSET *set, float factor) {
+int ParticleEngine::part_set_correct_lumps(tagPARTSET *set, float factor) {
     free_lump_table(set->lumps_corrected, set->lump_count);
     set->lumps_corrected =
         static_cast<tagPARTLUMP **>(std::calloc(size_t(set->lump_count), sizeof(tagPARTLUMP *)));

@@ -1,8 +1,8 @@
 // One step of the particle simulation: births along the emitter, the
-// banded render, then ageing, motion, growth and turbulence.
+// caller's render, then ageing, motion, growth and turbulence.
 #include <cmath>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 #include "framework/messages.h"
 
 namespace {
@@ -24,8 +24,9 @@ int32_t matte_value(const ImageQv *matte, float x, float y, int32_t W, int32_t H
 
 }  // namespace
 
-int32_t Bubbles::part_set_execute(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t frame,
-                                  int32_t use_birth_matte, int32_t congregate) {
+int32_t ParticleEngine::part_set_execute(tagPARTSET *set, const float *xs, const float *ys, int32_t n,
+                                         int32_t frame, int32_t use_birth_matte, int32_t congregate,
+                                         PartRenderStep &render) {
     if (n < 1) return 1;
     if (!set || !xs || !ys) {
         PrintError("part_set_execute(): no particle set or no birth points\n");
@@ -33,20 +34,13 @@ int32_t Bubbles::part_set_execute(tagPARTSET *set, const float *xs, const float 
     }
     int32_t counter = 0;
     part_birth(set, xs, ys, n, use_birth_matte, counter);
-    if (!set->preroll) {
-        part_render_begin(set);
-        if (drawing)
-            part_render_bands();
-        else
-            part_render_decisions();
-        part_render_end();
-    }
+    if (!set->preroll) render.render(set);
     part_advance(set, frame, congregate);
     return 0;
 }
 
-void Bubbles::part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n, int32_t use_birth_matte,
-                         int32_t &counter) {
+void ParticleEngine::part_birth(tagPARTSET *set, const float *xs, const float *ys, int32_t n,
+                                int32_t use_birth_matte, int32_t &counter) {
     const int32_t target = int32_t(0.5 + part_var_1(set->density, set->density_var, counter));
     if (target < 1) return;
     // A life that always rounds below one frame would retry candidates forever.
@@ -125,10 +119,9 @@ void Bubbles::part_birth(tagPARTSET *set, const float *xs, const float *ys, int3
     } while (born < target);
 }
 
-void Bubbles::part_advance(tagPARTSET *set, int32_t frame, int32_t congregate) {
+void ParticleEngine::part_advance(tagPARTSET *set, int32_t frame, int32_t congregate) {
     const int32_t k = set->lump_count;
     const float full = k / 40.0f * set->bubble_size;
-    const float time_max_size = float(parameters.time_max_size);
     float sz = 0.0f;  // Variable Growth's size weight, carried from particle to particle
     tagPART *previous = nullptr;
     for (tagPART *p = set->live_list; p;) {
@@ -146,22 +139,7 @@ void Bubbles::part_advance(tagPARTSET *set, int32_t frame, int32_t congregate) {
             continue;
         }
 
-        float f = set->friction;
-        if (congregate) {
-            const int32_t gather = matte_value(burst_matte, p->x, p->y, width, height);
-            if (gather < 0) {
-                f = 0.0f;
-            } else if (gather < 16384) {
-                f = 0.0f;
-                if (p->gather_state == 1) {
-                    p->gather_state = 2;
-                    p->age = p->life - set->afterlife;
-                }
-            } else {
-                p->gather_state = 1;
-            }
-        }
-
+        const float f = part_friction(set, p, congregate);
         float g = set->gravity;
         if (set->growth_mode == kGrowthVariable) {
             sz = float(p->size_birth * 0.025);
@@ -175,38 +153,69 @@ void Bubbles::part_advance(tagPARTSET *set, int32_t frame, int32_t congregate) {
         p->vy = p->vy - f * p->vy + g * set->grav_sin;
         p->y += p->vy;
 
-        float u = float(p->age) / time_max_size;
-        if (u > 1.0f) u = 1.0f;
-        switch (set->growth_mode) {
-        case kGrowthShrinking:
-            p->size = p->size_prev = clamp_index(int32_t(full - float(int32_t(u * full))), k);
-            break;
-        case kGrowthVariable: {
-            int32_t index = int32_t(u * full) + p->size_birth;
-            if (index < 0) index = 0;
-            if (index > 4 * p->size_birth) index = 4 * p->size_birth;
-            p->size = p->size_prev = clamp_index(index, k);
-            break;
-        }
-        case kGrowthLinear:
-            p->size = p->size_prev = clamp_index(int32_t(u * full), k);
-            break;
-        default:
-            break;
-        }
-
-        if (double(set->swirl_dens) > 0.1) {
-            const float nx = p->x / float(width) * set->swirl_dens;
-            const float ny = p->y / float(height) * set->swirl_dens;
-            const float nt = float(double(set->swirl_dens * float(frame)) / 25.0);
-            if (set->swirl_max_time < 1.0f) set->swirl_max_time = 1.0f;
-            float ramp = float(p->age) / set->swirl_max_time;
-            if (ramp > 1.0f) ramp = 1.0f;
-            const float a = float(double(ramp) * (1 - 1.5 * sz) * double(set->swirl_amp));
-            p->vx += a * gnoise(nx, ny, nt) / pixel_aspect;
-            p->vy += a * gnoise(float(nx + 3.14), float(ny + 2.71), float(nt + 4.35));
-        }
+        part_grow(set, p, full);
+        if (double(set->swirl_dens) > 0.1) part_stir(set, p, frame, sz);
         previous = p;
         p = next;
     }
+}
+
+// The set's friction, or none outside the gathering region, where a bubble
+// that leaves it after being inside starts its afterlife.
+float ParticleEngine::part_friction(const tagPARTSET *set, tagPART *p, int32_t congregate) const {
+    float f = set->friction;
+    if (congregate) {
+        const int32_t gather = matte_value(burst_matte, p->x, p->y, width, height);
+        if (gather < 0) {
+            f = 0.0f;
+        } else if (gather < 16384) {
+            f = 0.0f;
+            if (p->gather_state == 1) {
+                p->gather_state = 2;
+                p->age = p->life - set->afterlife;
+            }
+        } else {
+            p->gather_state = 1;
+        }
+    }
+    return f;
+}
+
+// The sprite index of a growing bubble at its new age.
+void ParticleEngine::part_grow(const tagPARTSET *set, tagPART *p, float full) const {
+    const int32_t k = set->lump_count;
+    const float time_max_size = float(parameters.time_max_size);
+    float u = float(p->age) / time_max_size;
+    if (u > 1.0f) u = 1.0f;
+    switch (set->growth_mode) {
+    case kGrowthShrinking:
+        p->size = p->size_prev = clamp_index(int32_t(full - float(int32_t(u * full))), k);
+        break;
+    case kGrowthVariable: {
+        int32_t index = int32_t(u * full) + p->size_birth;
+        if (index < 0) index = 0;
+        if (index > 4 * p->size_birth) index = 4 * p->size_birth;
+        p->size = p->size_prev = clamp_index(index, k);
+        break;
+    }
+    case kGrowthLinear:
+        p->size = p->size_prev = clamp_index(int32_t(u * full), k);
+        break;
+    default:
+        break;
+    }
+}
+
+// Turbulence: the noise field's push, ramped in over the bubble's first
+// frames and weakened for big bubbles of Variable Growth (sz).
+void ParticleEngine::part_stir(tagPARTSET *set, tagPART *p, int32_t frame, float sz) const {
+    const float nx = p->x / float(width) * set->swirl_dens;
+    const float ny = p->y / float(height) * set->swirl_dens;
+    const float nt = float(double(set->swirl_dens * float(frame)) / 25.0);
+    if (set->swirl_max_time < 1.0f) set->swirl_max_time = 1.0f;
+    float ramp = float(p->age) / set->swirl_max_time;
+    if (ramp > 1.0f) ramp = 1.0f;
+    const float a = float(double(ramp) * (1 - 1.5 * sz) * double(set->swirl_amp));
+    p->vx += a * gnoise(nx, ny, nt) / pixel_aspect;
+    p->vy += a * gnoise(float(nx + 3.14), float(ny + 2.71), float(nt + 4.35));
 }

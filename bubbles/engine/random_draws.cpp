@@ -2,7 +2,7 @@
 // caller's counter, so that a frame replays from its seed alone.
 #include <cmath>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 #include "framework/messages.h"
 
 namespace {
@@ -12,33 +12,33 @@ constexpr int32_t kCounterWrap = 1000000000;
 float table_draw(const RandomTableQv &table, int32_t &counter) {
     ++counter;
     if (counter > kCounterWrap) counter = 0;
-    return table.Entry(counter & (Bubbles::kRandomTableSize - 1));
+    return table.Entry(counter & (ParticleEngine::kRandomTableSize - 1));
 }
 
 }  // namespace
 
-float Bubbles::get_safe_random(int32_t &counter) const { return table_draw(randomTable, counter); }
+float ParticleEngine::get_safe_random(int32_t &counter) const { return table_draw(randomTable, counter); }
 
-float Bubbles::part_rand_01(int32_t &counter) const {
+float ParticleEngine::part_rand_01(int32_t &counter) const {
     if (mp_region) PrintError("part_rand_01() called with MP region!\n");
     float r = table_draw(randomTable, counter);
     if (double(r) > 0.999999) return 0.999999f;
     return r;
 }
 
-float Bubbles::part_rand_11(int32_t &counter) const {
+float ParticleEngine::part_rand_11(int32_t &counter) const {
     if (mp_region) PrintError("part_rand_11() called with MP region!\n");
     double r = table_draw(randomTable, counter);
     return float(2.0 * r - 1.0);
 }
 
-float Bubbles::part_var_1(float base, float variation, int32_t &counter) const {
+float ParticleEngine::part_var_1(float base, float variation, int32_t &counter) const {
     if (mp_region) PrintError("part_var_1() called with MP region!\n");
     double r = table_draw(randomTable, counter);
     return float(double(base) + (2.0 * r - 1.0) * double(variation));
 }
 
-void Bubbles::part_var_circle(float &x, float &y, float radius, int32_t &counter) const {
+void ParticleEngine::part_var_circle(float &x, float &y, float radius, int32_t &counter) const {
     const float x0 = x, y0 = y;
     const float P = pixel_aspect;
     // No point lies within a negative distance: scatter over its size instead.
@@ -51,7 +51,7 @@ void Bubbles::part_var_circle(float &x, float &y, float radius, int32_t &counter
     }
 }
 
-void Bubbles::part_var_vec(float &vx, float &vy, float magnitude_var, float angle_var, float scale,
+void ParticleEngine::part_var_vec(float &vx, float &vy, float magnitude_var, float angle_var, float scale,
                            int32_t &counter) const {
     const float P = pixel_aspect, R = render_aspect;
     float m = float(std::sqrt(double(vx * vx / (P * P) + vy * vy / (R * R))) * double(scale));
@@ -63,7 +63,7 @@ void Bubbles::part_var_vec(float &vx, float &vy, float magnitude_var, float angl
     vy = float(std::sin(double(a)) * double(m) * double(P));
 }
 
-void Bubbles::part_var_col(const tagPARTSET *set, float &r, float &g, float &b, float &a,
+void ParticleEngine::part_var_col(const tagPARTSET *set, float &r, float &g, float &b, float &a,
                            int32_t &counter) const {
     r = set->base_colour[0] + part_rand_11(counter) * set->colour_var * 32767;
     g = set->base_colour[1] + part_rand_11(counter) * set->colour_var * 32767;

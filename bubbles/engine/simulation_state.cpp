@@ -1,11 +1,11 @@
-// Frames simulated without drawing, and the state one frame hands the next:
-// what a host needs to start a shot anywhere and still get the same bytes.
+// The state one frame hands the next: what a host needs to start a shot
+// anywhere and still get the same bytes.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <vector>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 
 namespace {
 
@@ -92,18 +92,7 @@ bool plausible_particle(Reader &r, std::vector<uint32_t> &born_at) {
 
 }  // namespace
 
-void Bubbles::simulate_frame_images(ImageQv *birth, ImageQv *burst, ImageQv *output, double frame) {
-    drawing = false;
-    process_frame_images(nullptr, birth, burst, nullptr, output, frame);
-    drawing = true;
-}
-
-void Bubbles::part_render_decisions() {
-    // Rows 0..-1: every band's walk, clipped to nothing.
-    mp_PartRender(0, -1);
-}
-
-std::vector<uint8_t> Bubbles::export_state() const {
+std::vector<uint8_t> ParticleEngine::export_state() const {
     std::vector<uint8_t> out;
     Writer w(out);
     for (char c : kStateMagic) out.push_back(uint8_t(c));
@@ -135,7 +124,7 @@ std::vector<uint8_t> Bubbles::export_state() const {
     return out;
 }
 
-bool Bubbles::import_state(const uint8_t *data, size_t size) {
+bool ParticleEngine::import_state(const uint8_t *data, size_t size) {
     if (!partSet || !data || size < kHeaderBytes || std::memcmp(data, kStateMagic, 4) != 0) return false;
     Reader r(data + 4);
     if (r.u32() != kStateVersion) return false;

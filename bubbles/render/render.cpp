@@ -1,5 +1,5 @@
-// The banded bubble renderer: per bubble its fade, light cone, glint and
-// burst decision, then its sprite shaded and blended over the output.
+// The bubble renderer's work on one bubble: its burst decision, fade, light
+// cone and glint, then its sprite shaded and blended over the output.
 #include <algorithm>
 #include <cmath>
 #include <climits>
@@ -7,9 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/render/bubble_renderer.h"
 #include "bubbles/render/shading_terms.h"
-#include "framework/messages.h"
 
 namespace {
 
@@ -46,130 +45,28 @@ void normalise(float &x, float &y, float &z) {
 
 }  // namespace
 
-void Bubbles::part_render_begin(tagPARTSET *set) {
-    mp_region = 1;
-    render_set = set;
-    burst_decisions.clear();
-    burst_recorder_taken.store(false);
-}
-
-void Bubbles::part_render_bands() {
-    if (!output_image) {
-        PrintError("part_set_execute(): no output image to draw the bubbles into\n");
-        return;
-    }
-    plan_rows();
-    MultiProcess(&Bubbles::mp_PartRender, long(output_image->height));
-    planned.clear();
-    rows_planned = false;
-}
-
-void Bubbles::part_render_end() {
-    for (const BurstDecision &decision : burst_decisions) {
-        decision.particle->bursting = 1;
-        decision.particle->age = decision.age;
-    }
-    burst_decisions.clear();
-    render_set = nullptr;
-    mp_region = 0;
-}
-
-// One walk of every bubble ahead of the bands, with no rows: it makes the
-// burst decisions and the draws, and notes where each bubble starts in the
-// draws and which rows it can touch. Each band then draws only the bubbles
-// over its rows, from their noted draw, in list order as before.
-void Bubbles::plan_rows() {
-    const tagPARTSET *set = render_set;
-    planned.clear();
-    rows_planned = false;
-    if (!set) return;
-    burst_recorder_taken.store(true);
-    int32_t counter = 0;
-    for (tagPART *p = set->live_list; p; p = p->next) {
-        if (AbortRender()) break;
-        PlannedBubble plan{p, counter, INT32_MIN, INT32_MAX};
-        int32_t burst_age = 0;
-        const bool bursts_now = part_render(set, p, 0, -1, counter, burst_age) != 0;
-        if (bursts_now) burst_decisions.push_back(BurstDecision{p, burst_age});
-        const tagPARTLUMP *lump = set->lumps_corrected && p->size >= 0 && p->size < set->lump_count
-                                      ? set->lumps_corrected[p->size]
-                                      : nullptr;
-        if (lump) {
-            const int32_t py = int32_t(0.5 + double(p->y));
-            const int32_t top = py - lump->height / 2;
-            const float extent = std::fabs(set->burst_extent);
-            if (!p->bursting && !bursts_now && p->gather_state != 2) {
-                plan.first = top;
-                plan.last = top + lump->height - 1;
-            } else if (extent < 1000.0f) {
-                // Fragments land within (1..2) * extent of the sprite's reach.
-                const int64_t reach = int64_t(2 * (lump->height + 1) * (extent + 1)) + 2;
-                plan.first = int32_t(std::max<int64_t>(INT32_MIN, py - reach));
-                plan.last = int32_t(std::min<int64_t>(INT32_MAX, py + reach));
-            }
-        }
-        planned.push_back(plan);
-    }
-    rows_planned = true;
-}
-
-void Bubbles::mp_PartRender(long first, long last) {
-    const tagPARTSET *set = render_set;
-    if (!set) return;
-    if (rows_planned) {
-        for (const PlannedBubble &plan : planned) {
-            if (AbortRender()) break;
-            if (plan.last < first || plan.first > last) continue;
-            int32_t counter = plan.counter, burst_age = 0;
-            part_render(set, plan.particle, first, last, counter, burst_age);
-        }
-        return;
-    }
-    // Every band reaches the same decisions; one band writes them down and
-    // they are applied after the join, so no band sees another's writes.
-    const bool recording = !burst_recorder_taken.exchange(true);
-    int32_t counter = 0;
-    for (tagPART *p = set->live_list; p; p = p->next) {
-        if (AbortRender()) break;
-        int32_t burst_age = 0;
-        if (part_render(set, p, first, last, counter, burst_age) && recording)
-            burst_decisions.push_back(BurstDecision{p, burst_age});
-    }
-}
-
-int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first, long last, int32_t &counter,
-                             int32_t &burst_age) {
-    const BubbleParameters &c = parameters;
-    const int32_t W = width, H = height;
-    const int32_t px = int32_t(0.5 + double(p->x));
-    const int32_t py = int32_t(0.5 + double(p->y));
-
-    int32_t bursting = p->bursting;
-    int32_t bursts_now = 0;
-    if (set->burst_on && px >= 0 && py >= 0 && px < W && py < H) {
+// The burst decision: inside the burst matte or on its last frame a bubble
+// bursts with the set's probability, into an afterlife of up to afterlife.
+int32_t BubbleRenderer::part_burst(const tagPARTSET *set, const tagPART *p, int32_t px, int32_t py,
+                                   int32_t &counter, int32_t &burst_age) const {
+    const ImageQv *burst_matte = engine_.burst_matte;
+    if (set->burst_on && px >= 0 && py >= 0 && px < engine_.width && py < engine_.height) {
         const bool in_matte = burst_matte && px < burst_matte->width && py < burst_matte->height &&
                               burst_matte->rows[py][px].red >= 16384;
         if (in_matte || p->age == p->life - 1) {
-            const float r = get_safe_random(counter);
+            const float r = engine_.get_safe_random(counter);
             if (set->burst_prob > r) {
-                const float r2 = get_safe_random(counter);
-                bursting = 1;
+                const float r2 = engine_.get_safe_random(counter);
                 burst_age = p->life - int32_t(1 + set->afterlife * r2);
-                bursts_now = 1;
+                return 1;
             }
         }
     }
+    return 0;
+}
 
-    // Every band walks every bubble for the decisions and draws above; a
-    // whole sprite outside this band's rows draws nothing here, and the
-    // shading below needs no draws, so it is skipped.
-    const bool whole_sprite = !bursting && p->gather_state != 2;
-    if (whole_sprite && set->lumps_corrected && p->size >= 0 && p->size < set->lump_count) {
-        const tagPARTLUMP *lump = set->lumps_corrected[p->size];
-        const int32_t top = lump ? py - lump->height / 2 : 0;
-        if (lump && (top > last || top + lump->height - 1 < first)) return bursts_now;
-    }
-
+// The bubble's colour and its density faded with age, 0..32767.
+void BubbleRenderer::part_fade(const tagPARTSET *set, const tagPART *p, BubbleShade &shade) const {
     int32_t red = int32_t(p->colour[0]);
     int32_t green = int32_t(p->colour[1]);
     int32_t blue = int32_t(p->colour[2]);
@@ -187,68 +84,103 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
         density = int64_t(float(p->max_age - p->age) * p->colour[3] / float(p->max_age));
         break;
     }
-    red = clamp15(red);
-    green = clamp15(green);
-    blue = clamp15(blue);
-    density = clamp15(density);
+    shade.red = clamp15(red);
+    shade.green = clamp15(green);
+    shade.blue = clamp15(blue);
+    shade.density = clamp15(density);
+}
 
+// The light cone: the light's strength at the bubble, its glint, and the
+// colour and density lit by it; the glint stays -1 while the light is off.
+void BubbleRenderer::part_light(const tagPARTSET *set, const tagPART *p, BubbleShade &shade) const {
+    const BubbleParameters &c = engine_.parameters;
+    const int32_t W = engine_.width, H = engine_.height;
+    if (!(c.light_on && c.light_intensity > 0)) return;
     float light = 0.0f;
     int32_t glint = -1;
-    if (c.light_on && c.light_intensity > 0) {
-        const float sx = float(c.light_source_x * W), sy = float(c.light_source_y * H);
-        const float tx = float(c.light_target_x * W), ty = float(c.light_target_y * H);
-        float ax = tx - sx, ay = ty - sy;
-        normalise(ax, ay);
-        float bx = p->x - sx, by = p->y - sy;
-        normalise(bx, by);
-        float cosine = ax * bx + ay * by;
-        if (cosine <= 0.0f) {
-            glint = 0;
-        } else {
-            if (double(cosine) > 0.99999) cosine = 0.99999f;
-            const float theta = float(std::acos(double(cosine)));
-            const float half = float(0.008726646261111111 * c.light_spread);
-            const float inner = float(0.7 * double(half));
-            light = float(c.light_intensity / 100 * double(1 - soft_step(theta, inner, half)));
-            glint = int32_t(std::pow(double(cosine), c.glisten_tight) * double(light) * 32767);
-        }
-        red = clamp15(int64_t(float((red * set->light_colour[0]) >> 15) * light));
-        green = clamp15(int64_t(float((green * set->light_colour[1]) >> 15) * light));
-        blue = clamp15(int64_t(float((blue * set->light_colour[2]) >> 15) * light));
-        density = clamp15(int64_t(float(density) * light));
+    const float sx = float(c.light_source_x * W), sy = float(c.light_source_y * H);
+    const float tx = float(c.light_target_x * W), ty = float(c.light_target_y * H);
+    float ax = tx - sx, ay = ty - sy;
+    normalise(ax, ay);
+    float bx = p->x - sx, by = p->y - sy;
+    normalise(bx, by);
+    float cosine = ax * bx + ay * by;
+    if (cosine <= 0.0f) {
+        glint = 0;
+    } else {
+        if (double(cosine) > 0.99999) cosine = 0.99999f;
+        const float theta = float(std::acos(double(cosine)));
+        const float half = float(0.008726646261111111 * c.light_spread);
+        const float inner = float(0.7 * double(half));
+        light = float(c.light_intensity / 100 * double(1 - ParticleEngine::soft_step(theta, inner, half)));
+        glint = int32_t(std::pow(double(cosine), c.glisten_tight) * double(light) * 32767);
     }
-
-    float lx = float(c.light_source_x * W - px);
-    float ly = float(c.light_source_y * H - py);
-    float lz = float(c.light_z * W);
-    normalise(lx, ly, lz);
-
-    // A bubble with no density, no glint and nothing reflected leaves every
-    // pixel as it was and draws no fragments: skip its sprite.
-    if (density == 0 && glint <= 0 && (light == 0.0f || !c.reflections_on)) return bursts_now;
-    if (!set->lumps_corrected || p->size < 0 || p->size >= set->lump_count) return bursts_now;
-    const tagPARTLUMP *lump = set->lumps_corrected[p->size];
-    if (!lump || !output_image) return bursts_now;
-
-    BubbleShade shade;
-    shade.red = red;
-    shade.green = green;
-    shade.blue = blue;
-    shade.density = int32_t(density);
-    shade.glint = glint;
+    shade.red = clamp15(int64_t(float((shade.red * set->light_colour[0]) >> 15) * light));
+    shade.green = clamp15(int64_t(float((shade.green * set->light_colour[1]) >> 15) * light));
+    shade.blue = clamp15(int64_t(float((shade.blue * set->light_colour[2]) >> 15) * light));
+    shade.density = clamp15(int64_t(float(shade.density) * light));
     shade.light = light;
+    shade.glint = glint;
+}
+
+// Unit vector from the bubble's pixel towards the light source.
+void BubbleRenderer::part_light_direction(int32_t px, int32_t py, BubbleShade &shade) const {
+    const BubbleParameters &c = engine_.parameters;
+    float lx = float(c.light_source_x * engine_.width - px);
+    float ly = float(c.light_source_y * engine_.height - py);
+    float lz = float(c.light_z * engine_.width);
+    normalise(lx, ly, lz);
     shade.lx = lx;
     shade.ly = ly;
     shade.lz = lz;
+}
+
+// The lighting terms of the controls and the frame every pixel reads.
+void BubbleRenderer::part_shade_terms(BubbleShade &shade) const {
+    const BubbleParameters &c = engine_.parameters;
+    const ImageQv *reflection_image = engine_.reflection_image;
     shade.min_bright = c.min_bright;
     shade.shine = UnitPower(c.shine);
     shade.highlight = UnitPower(c.highlight);
     if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0)
         shade.reflection = reflection_image;
     shade.ref_intensity = c.ref_intensity;
-    shade.frame_width = W;
-    shade.frame_height = H;
-    const SpritePlacement at{output_image, lump, px, py, first, last};
+    shade.frame_width = engine_.width;
+    shade.frame_height = engine_.height;
+}
+
+int32_t BubbleRenderer::part_render(const tagPARTSET *set, const tagPART *p, long first, long last,
+                                    int32_t &counter, int32_t &burst_age) {
+    const int32_t px = int32_t(0.5 + double(p->x));
+    const int32_t py = int32_t(0.5 + double(p->y));
+    const int32_t bursts_now = part_burst(set, p, px, py, counter, burst_age);
+    const int32_t bursting = bursts_now ? 1 : p->bursting;
+
+    // Every band walks every bubble for the decisions and draws above; a
+    // whole sprite outside this band's rows draws nothing here, and the
+    // shading below needs no draws, so it is skipped.
+    const bool whole_sprite = !bursting && p->gather_state != 2;
+    if (whole_sprite && set->lumps_corrected && p->size >= 0 && p->size < set->lump_count) {
+        const tagPARTLUMP *lump = set->lumps_corrected[p->size];
+        const int32_t top = lump ? py - lump->height / 2 : 0;
+        if (lump && (top > last || top + lump->height - 1 < first)) return bursts_now;
+    }
+
+    BubbleShade shade;
+    part_fade(set, p, shade);
+    part_light(set, p, shade);
+    part_light_direction(px, py, shade);
+
+    // A bubble with no density, no glint and nothing reflected leaves every
+    // pixel as it was and draws no fragments: skip its sprite.
+    if (shade.density == 0 && shade.glint <= 0 && (shade.light == 0.0f || !engine_.parameters.reflections_on))
+        return bursts_now;
+    if (!set->lumps_corrected || p->size < 0 || p->size >= set->lump_count) return bursts_now;
+    const tagPARTLUMP *lump = set->lumps_corrected[p->size];
+    if (!lump || !engine_.output_image) return bursts_now;
+
+    part_shade_terms(shade);
+    const SpritePlacement at{engine_.output_image, lump, px, py, first, last};
     if (!bursting && p->gather_state != 2)
         part_anti_aliased_lump(at, shade);
     else
@@ -256,7 +188,7 @@ int32_t Bubbles::part_render(const tagPARTSET *set, const tagPART *p, long first
     return bursts_now;
 }
 
-void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade) {
+void BubbleRenderer::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade) {
     const BubbleShade &c = shade;
     int64_t k, h;
     if (c.glint < 0) {
@@ -282,7 +214,7 @@ void Bubbles::shade_pixel(PixelQv &target, int32_t I, float nx, float ny, const 
     blend_pixel(target, I, nx, ny, shade, k, h);
 }
 
-void Bubbles::blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
+void BubbleRenderer::blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
                           int64_t h) {
     const BubbleShade &c = shade;
     int64_t ref_red = 0, ref_green = 0, ref_blue = 0, ref_lum = 0;
@@ -311,7 +243,7 @@ void Bubbles::blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const 
 
 // Placement is decided against the whole image, never the band, so a bubble
 // is drawn the same however the rows are split; the band only clips writes.
-void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShade &shade) const {
+void BubbleRenderer::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShade &shade) const {
     const tagPARTLUMP *lump = at.lump;
     ImageQv *image = at.image;
     const int32_t W = shade.frame_width, px = at.px, py = at.py;
@@ -387,7 +319,7 @@ void Bubbles::part_anti_aliased_lump(const SpritePlacement &at, const BubbleShad
     }
 }
 
-void Bubbles::part_exploding_lump(const SpritePlacement &at, const BubbleShade &shade, float extent, float keep,
+void BubbleRenderer::part_exploding_lump(const SpritePlacement &at, const BubbleShade &shade, float extent, float keep,
                                   int32_t &counter) const {
     const tagPARTLUMP *lump = at.lump;
     ImageQv *image = at.image;
@@ -403,9 +335,9 @@ void Bubbles::part_exploding_lump(const SpritePlacement &at, const BubbleShade &
             const int32_t I = lump->intensity[at_sprite];
             if (((int64_t(shade.density) * I) >> 15) <= 10) continue;
             // Drawn before the band test: every band walks the same draws.
-            const float r = get_safe_random(counter);
+            const float r = engine_.get_safe_random(counter);
             if (2 * (double(r) - 0.5) <= double(keep)) continue;
-            const float f = get_safe_random(counter) + 1;
+            const float f = engine_.get_safe_random(counter) + 1;
             const int32_t tx = int32_t(float(left + sc - px) * f * extent + float(px));
             const int32_t ty = int32_t(f * float(top + sr - py) * extent + float(py));
             if (tx < 0 || tx >= columns || ty < at.first || ty > at.last || ty < 0 || ty >= rows) continue;

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/render/sprite.h"
 
 namespace {
 
@@ -53,8 +53,8 @@ float source_coordinate(int32_t i, int32_t n, int32_t count) {
 
 }  // namespace
 
-void Bubbles::p_resample(const uint8_t *src, uint8_t *dst, int32_t n, int32_t m, int32_t src_stride,
-                         int32_t dst_stride, int32_t mode) {
+void p_resample(const uint8_t *src, uint8_t *dst, int32_t n, int32_t m, int32_t src_stride, int32_t dst_stride,
+                int32_t mode) {
     if (n < 1 || m < 1) return;
     const float q = n == m ? 1.0f : float(m) / float(n);
     if (mode != 0)
@@ -63,8 +63,8 @@ void Bubbles::p_resample(const uint8_t *src, uint8_t *dst, int32_t n, int32_t m,
         resample_nearest(src, dst, n, m, src_stride, dst_stride, q);
 }
 
-int Bubbles::p_resizeimage(const uint32_t *src, int32_t src_width, int32_t src_height, uint32_t *dst,
-                           int32_t dst_width, int32_t dst_height, int32_t mode) {
+int p_resizeimage(const uint32_t *src, int32_t src_width, int32_t src_height, uint32_t *dst, int32_t dst_width,
+                  int32_t dst_height, int32_t mode) {
     if (src_width < 1 || src_height < 1 || dst_width < 1 || dst_height < 1) return 0;
     if (src_width == dst_width && src_height == dst_height) {
         std::memcpy(dst, src, size_t(src_width) * size_t(src_height) * sizeof(uint32_t));
@@ -87,7 +87,7 @@ int Bubbles::p_resizeimage(const uint32_t *src, int32_t src_width, int32_t src_h
     return 0;
 }
 
-void Bubbles::p_resample(const float *src, int32_t w, int32_t h, float *dst, int32_t w2, int32_t h2) {
+void p_resample(const float *src, int32_t w, int32_t h, float *dst, int32_t w2, int32_t h2) {
     if (w < 1 || h < 1 || w2 < 1 || h2 < 1) return;
     for (int32_t i = 0; i < h2; ++i) {
         const float sy = source_coordinate(i, h, h2);

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/render/sprite.h"
 
 namespace {
 
@@ -49,6 +49,14 @@ tagPARTLUMP *interior_of(const tagPARTLUMP *lump) {
     return inner;
 }
 
+// The sprite, or its interior when its outer ring stayed empty.
+tagPARTLUMP *trimmed(tagPARTLUMP *lump) {
+    if (lump->width <= 2 || !outer_ring_is_empty(lump)) return lump;
+    tagPARTLUMP *inner = interior_of(lump);
+    part_lump_free(lump);
+    return inner;
+}
+
 }  // namespace
 
 void part_lump_free(tagPARTLUMP *lump) {
@@ -60,7 +68,7 @@ void part_lump_free(tagPARTLUMP *lump) {
     std::free(lump);
 }
 
-tagPARTLUMP *Bubbles::part_lump_create(float radius, float rim, float /*unused*/) {
+tagPARTLUMP *part_lump_create(float radius, float rim, float /*unused*/) {
     float r = radius;
     if (double(r) < 0.01) r = 0.01f;
     int32_t s = int32_t(16.0 / double(r));
@@ -137,15 +145,10 @@ tagPARTLUMP *Bubbles::part_lump_create(float radius, float rim, float /*unused*/
     }
     for (int32_t i = 0; i < size * size; ++i) lump->intensity[i] /= samples_per_pixel;
 
-    if (size > 2 && outer_ring_is_empty(lump)) {
-        tagPARTLUMP *inner = interior_of(lump);
-        part_lump_free(lump);
-        return inner;
-    }
-    return lump;
+    return trimmed(lump);
 }
 
-tagPARTLUMP *Bubbles::part_aspect_correct(const tagPARTLUMP *lump, float factor) {
+tagPARTLUMP *part_aspect_correct(const tagPARTLUMP *lump, float factor) {
     if (!lump) return nullptr;
     int32_t new_width = int32_t(0.5 + double(float(lump->width * factor)));
     if (new_width < 1) new_width = 1;

@@ -64,11 +64,11 @@ TEST_F(Demos, EveryPresetValueReachesTheEngine) {
     for (int value = 1; value <= kDemoPresetCount; ++value) {
         const DemoPreset &preset = demo_preset_for_list_value(value);
         SCOPED_TRACE(preset.name);
-        effect->restartPending = 0;
+        effect->engine.restartPending = 0;
         choose(value - 1);
-        EXPECT_EQ(effect->restartPending, 1);
-        EXPECT_EQ(effect->preRollPending, 0);
-        const BubbleParameters &p = effect->parameters;
+        EXPECT_EQ(effect->engine.restartPending, 1);
+        EXPECT_EQ(effect->engine.preRollPending, 0);
+        const BubbleParameters &p = effect->engine.parameters;
         for (const Landing &landing : landings()) {
             const DemoPreset::Value &wanted = preset.*landing.value;
             if (!wanted) continue;

@@ -29,6 +29,6 @@ TEST_F(EffectInstance, RestartPreRollRaisesBothLevelRequests) {
     Bubbles &e = *effect;
     e.RestartPreRollCB(e.info.restartPreRoll[2], 0);
     e.RestartPreRollCB(e.info.restartPreRoll[0], 0);
-    EXPECT_EQ(e.restartPending, 1);
-    EXPECT_EQ(e.preRollPending, 1);
+    EXPECT_EQ(e.engine.restartPending, 1);
+    EXPECT_EQ(e.engine.preRollPending, 1);
 }

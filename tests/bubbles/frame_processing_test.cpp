@@ -11,7 +11,7 @@ namespace {
 
 // An engine with a scene, empty mattes and an output of one size.
 struct FrameRig {
-    FrameRig(int32_t width, int32_t height) : engine(std::make_unique<Bubbles>()) { resize(width, height); }
+    FrameRig(int32_t width, int32_t height) : effect(std::make_unique<Bubbles>()) { resize(width, height); }
 
     void resize(int32_t width, int32_t height) {
         for (std::unique_ptr<ImageQv> *image : {&scene, &birth, &burst, &reflection, &output}) {
@@ -22,12 +22,12 @@ struct FrameRig {
         }
     }
     void process(double frame) {
-        engine->process_frame_images(scene.get(), birth.get(), burst.get(), reflection.get(), output.get(), frame);
+        effect->process_frame_images(scene.get(), birth.get(), burst.get(), reflection.get(), output.get(), frame);
     }
     // Position, velocity and age of every live particle, in list order.
     std::vector<float> motion() const {
         std::vector<float> all;
-        for (const tagPART *p = engine->partSet->live_list; p; p = p->next)
+        for (const tagPART *p = engine().partSet->live_list; p; p = p->next)
             all.insert(all.end(), {p->x, p->y, p->vx, p->vy, float(p->age)});
         return all;
     }
@@ -36,11 +36,12 @@ struct FrameRig {
         return std::vector<uint8_t>(first, first + size_t(output->width) * output->height * sizeof(PixelQv));
     }
     std::vector<float> table() const {
-        const float *table = engine->randomTable.Whole();
-        return std::vector<float>(table, table + Bubbles::kRandomTableSize);
+        const float *table = engine().randomTable.Whole();
+        return std::vector<float>(table, table + ParticleEngine::kRandomTableSize);
     }
 
-    std::unique_ptr<Bubbles> engine;
+    std::unique_ptr<Bubbles> effect;
+    ParticleEngine &engine() const { return effect->engine; }
     std::unique_ptr<ImageQv> scene, birth, burst, reflection, output;
 };
 
@@ -51,7 +52,8 @@ struct Pixel {
 
 std::vector<Pixel> polyline(std::vector<float> xs, std::vector<float> ys, int max_out = 64) {
     std::vector<float> out_x(size_t(max_out) + 1, -999.0f), out_y(size_t(max_out) + 1, -999.0f);
-    int n = Bubbles::find_polyline_pixels(xs.data(), ys.data(), int(xs.size()), out_x.data(), out_y.data(), max_out);
+    int n = ParticleEngine::find_polyline_pixels(xs.data(), ys.data(), int(xs.size()), out_x.data(), out_y.data(),
+                                                 max_out);
     EXPECT_EQ(out_x[size_t(max_out)], -999.0f) << "wrote past maxOut";
     std::vector<Pixel> pixels;
     for (int i = 0; i < n; ++i) pixels.push_back({int32_t(out_x[size_t(i)]), int32_t(out_y[size_t(i)])});
@@ -63,14 +65,14 @@ std::vector<Pixel> polyline(std::vector<float> xs, std::vector<float> ys, int ma
 TEST(FrameProcessing, RestartEmptiesTheSetBeforeThePreRollFillsIt) {
     FrameRig used(96, 64), fresh(96, 64);
     for (int frame = 0; frame < 4; ++frame) used.process(frame);
-    ASSERT_GT(used.engine->partSet->live_count, 0);
+    ASSERT_GT(used.engine().partSet->live_count, 0);
 
     for (FrameRig *rig : {&used, &fresh}) {
-        rig->engine->parameters.preroll = 3;
-        rig->engine->restartPending = 1;
-        rig->engine->preRollPending = 1;
+        rig->engine().parameters.preroll = 3;
+        rig->engine().restartPending = 1;
+        rig->engine().preRollPending = 1;
         rig->process(10);
-        EXPECT_EQ(rig->engine->preRollPending, 0);
+        EXPECT_EQ(rig->engine().preRollPending, 0);
     }
     // Nothing of the earlier frames survives: the set is what a fresh one
     // holds after the same pre-roll and frame.
@@ -83,16 +85,16 @@ TEST(FrameProcessing, RestartEmptiesTheSetBeforeThePreRollFillsIt) {
 TEST(FrameProcessing, RandomTableFollowsTheFrameNumberButNotAfterAPreRoll) {
     FrameRig rig(96, 64), other(96, 64), rolled(96, 64);
     rig.process(5);
-    const int32_t first_count = rig.engine->partSet->live_count;
+    const int32_t first_count = rig.engine().partSet->live_count;
     rig.process(5);
-    EXPECT_GT(rig.engine->partSet->live_count, first_count) << "the same frame twice advances twice";
+    EXPECT_GT(rig.engine().partSet->live_count, first_count) << "the same frame twice advances twice";
     other.process(9);
     other.process(5);
     EXPECT_EQ(other.table(), rig.table());
 
     rig.process(0);
-    rolled.engine->parameters.preroll = 1;
-    rolled.engine->preRollPending = 1;
+    rolled.engine().parameters.preroll = 1;
+    rolled.engine().preRollPending = 1;
     rolled.process(7);
     EXPECT_EQ(rolled.table(), rig.table());
 }
@@ -100,22 +102,22 @@ TEST(FrameProcessing, RandomTableFollowsTheFrameNumberButNotAfterAPreRoll) {
 TEST(FrameProcessing, SizeChangeMovesParticlesAndAspectChangeRebuildsSprites) {
     FrameRig rig(100, 50);
     // Still births in one place, sizes as born.
-    BubbleParameters &p = rig.engine->parameters;
+    BubbleParameters &p = rig.engine().parameters;
     p.position_var = p.initial_velocity = p.velocity_var = 0;
     p.friction_on = p.gravity_on = p.turbulence_on = false;
     p.growth_mode = 1;
     p.left_x = p.right_x = 0.1;
     rig.process(0);
-    ASSERT_GT(rig.engine->partSet->live_count, 0);
-    tagPART *moving = rig.engine->partSet->live_list;
+    ASSERT_GT(rig.engine().partSet->live_count, 0);
+    tagPART *moving = rig.engine().partSet->live_list;
     moving->vy = -2.0f;
     const tagPART before = *moving;
-    rig.engine->partSet->lumps_corrected[0]->intensity[0] = 12345;
+    rig.engine().partSet->lumps_corrected[0]->intensity[0] = 12345;
 
     p.density = 0;
     rig.resize(200, 100);
     rig.process(1);
-    EXPECT_EQ(rig.engine->partSet->lumps_corrected[0]->intensity[0], 12345);
+    EXPECT_EQ(rig.engine().partSet->lumps_corrected[0]->intensity[0], 12345);
     // The position is rescaled before the step, which then moves it by the rescaled velocity.
     EXPECT_FLOAT_EQ(moving->prev_x, before.x * 2);
     EXPECT_FLOAT_EQ(moving->vy, -4.0f);
@@ -123,36 +125,36 @@ TEST(FrameProcessing, SizeChangeMovesParticlesAndAspectChangeRebuildsSprites) {
     const float x = moving->x;
     rig.output->scale_x = 2.0;
     rig.process(2);
-    EXPECT_FLOAT_EQ(rig.engine->lumpAspect, 0.5f);
-    EXPECT_NE(rig.engine->partSet->lumps_corrected[0]->intensity[0], 12345);
+    EXPECT_FLOAT_EQ(rig.engine().lumpAspect, 0.5f);
+    EXPECT_NE(rig.engine().partSet->lumps_corrected[0]->intensity[0], 12345);
     EXPECT_EQ(moving->prev_x, x) << "an aspect change moves nothing";
 }
 
 TEST(FrameProcessing, RemapPicksSpritesForTheRenderScale) {
     FrameRig rig(100, 50);
     rig.process(0);
-    tagPART *p = rig.engine->partSet->live_list;
+    tagPART *p = rig.engine().partSet->live_list;
     ASSERT_TRUE(p && p->next);
     tagPART *second = p->next;
     p->size_prev = 30;
     second->size_prev = 500;
-    rig.engine->prevWidth = 200;
-    rig.engine->prevHeight = 100;
-    rig.engine->renderScale = 4.0f;
-    rig.engine->remap_particles();
+    rig.engine().prevWidth = 200;
+    rig.engine().prevHeight = 100;
+    rig.engine().renderScale = 4.0f;
+    rig.engine().remap_particles();
     EXPECT_EQ(p->size, 7);  // 30 / 4, truncated
     EXPECT_EQ(second->size, 80);  // clamped to the last sprite
 }
 
 TEST(FrameProcessing, MissingImagesLeaveEverythingAlone) {
     FrameRig rig(32, 32);
-    rig.engine->restartPending = 1;
-    rig.engine->process_frame_images(nullptr, nullptr, nullptr, nullptr, rig.output.get(), 0);
-    rig.engine->process_frame_images(rig.scene.get(), nullptr, nullptr, nullptr, nullptr, 0);
-    EXPECT_EQ(rig.engine->restartPending, 1);
+    rig.engine().restartPending = 1;
+    rig.effect->process_frame_images(nullptr, nullptr, nullptr, nullptr, rig.output.get(), 0);
+    rig.effect->process_frame_images(rig.scene.get(), nullptr, nullptr, nullptr, nullptr, 0);
+    EXPECT_EQ(rig.engine().restartPending, 1);
     // Without mattes or a reflection the frame still runs.
-    rig.engine->process_frame_images(rig.scene.get(), nullptr, nullptr, nullptr, rig.output.get(), 0);
-    EXPECT_EQ(rig.engine->restartPending, 0);
+    rig.effect->process_frame_images(rig.scene.get(), nullptr, nullptr, nullptr, rig.output.get(), 0);
+    EXPECT_EQ(rig.engine().restartPending, 0);
 }
 
 TEST(EmitterPolyline, StepsOnePixelAtATimeAndRepeatsSharedVertices) {
@@ -170,6 +172,6 @@ TEST(EmitterPolyline, EndsOffTheFrameAreNotClippedAndTheOutputStopsAtMaxOut) {
     EXPECT_EQ(polyline({0, 100}, {0, 0}, 4).size(), 4u);
     // A single point is passed through unrounded.
     float x = 3.7f, y = -1.2f, ox = 0, oy = 0;
-    EXPECT_EQ(Bubbles::find_polyline_pixels(&x, &y, 1, &ox, &oy, 10), 1);
+    EXPECT_EQ(ParticleEngine::find_polyline_pixels(&x, &y, 1, &ox, &oy, 10), 1);
     EXPECT_EQ(ox, 3.7f);
 }

@@ -28,7 +28,8 @@ TEST(Births, ImpossibleBirthsAreReportedInsteadOfRetriedForever) {
     rig.make_still();
     float x = 50, y = 50;
     testing::internal::CaptureStderr();
-    rig.engine->part_set_execute(rig.set(), &x, &y, 1, 0, 1, 0);
+    BubbleRenderer renderer = rig.renderer();
+    rig.engine->part_set_execute(rig.set(), &x, &y, 1, 0, 1, 0, renderer);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Tried many times to create a bubble. Probability of success too low - check Birth Matte\n");
     rig.configure([](BubbleParameters &p) { p.lifetime = 0.3; });

@@ -5,20 +5,21 @@
 #include <cstdlib>
 #include <memory>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 
 TEST(RandomDraws, CounterWrapsAfterOneBillionAndUnitDrawStaysBelowOne) {
-    auto engine = std::make_unique<Bubbles>();
+    auto engine = std::make_unique<ParticleEngine>();
     // Entry i holds i / size, so a draw tells which entry it read.
     float *table = engine->randomTable.Whole();
-    for (int32_t i = 0; i < Bubbles::kRandomTableSize; ++i) table[i] = float(i) / float(Bubbles::kRandomTableSize);
+    constexpr int32_t size = ParticleEngine::kRandomTableSize;
+    for (int32_t i = 0; i < size; ++i) table[i] = float(i) / float(size);
     auto entry_read = [&](int32_t &counter) {
-        return int32_t(engine->get_safe_random(counter) * Bubbles::kRandomTableSize + 0.5f);
+        return int32_t(engine->get_safe_random(counter) * ParticleEngine::kRandomTableSize + 0.5f);
     };
-    int32_t counter = Bubbles::kRandomTableSize - 1;
+    int32_t counter = ParticleEngine::kRandomTableSize - 1;
     EXPECT_EQ(entry_read(counter), 0);  // the index wraps to the table
     counter = 999999999;
-    EXPECT_EQ(entry_read(counter), 1000000000 & (Bubbles::kRandomTableSize - 1));
+    EXPECT_EQ(entry_read(counter), 1000000000 & (ParticleEngine::kRandomTableSize - 1));
     EXPECT_EQ(entry_read(counter), 0);  // the counter itself wraps
     EXPECT_EQ(counter, 0);
     // The unit draw stops just below one.
@@ -27,7 +28,7 @@ TEST(RandomDraws, CounterWrapsAfterOneBillionAndUnitDrawStaysBelowOne) {
 }
 
 TEST(RandomDraws, CircleScattersInsideTheAspectCorrectedDiscAndRadiusZeroCostsTwoDraws) {
-    auto engine = std::make_unique<Bubbles>();
+    auto engine = std::make_unique<ParticleEngine>();
     int32_t counter = 0;
     float x = 12.5f, y = -3.0f;
     engine->part_var_circle(x, y, 0.0f, counter);

@@ -11,7 +11,7 @@ using ReadControlsTest = BoundEffectTest;
 TEST_F(ReadControlsTest, DefaultParametersAreWhatDefaultControlsRead) {
     refresh_control_caches(*effect);
     effect->ReadControls();
-    const BubbleParameters &read = effect->parameters;
+    const BubbleParameters &read = effect->engine.parameters;
     const BubbleParameters defaults;
     // Host records hold floats, so the values agree to float precision.
 #define SAME(field) EXPECT_FLOAT_EQ(float(read.field), float(defaults.field)) << #field;

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
 
 namespace {
 
@@ -20,14 +20,14 @@ int32_t at(const tagPARTLUMP &lump, int32_t row, int32_t column) {
 // Returns what the byte resampler makes of `in` at `out_size` samples.
 std::vector<int> resampled(std::vector<uint8_t> in, size_t out_size, int mode = 1, uint8_t fill = 0) {
     std::vector<uint8_t> out(out_size, fill);
-    Bubbles::p_resample(in.data(), out.data(), int32_t(in.size()), int32_t(out_size), 1, 1, mode);
+    p_resample(in.data(), out.data(), int32_t(in.size()), int32_t(out_size), 1, 1, mode);
     return std::vector<int>(out.begin(), out.end());
 }
 
 }  // namespace
 
 TEST(Sprites, SetRunsFromAnUntrimmedFivePixelSquareToARingTrimmedEightyOne) {
-    Bubbles engine;
+    ParticleEngine engine;
     const tagPARTSET &set = *engine.partSet;
     ASSERT_EQ(set.lump_count, 81);
     for (int32_t i = 0; i < 4; ++i) EXPECT_EQ(set.lumps[i]->width, 5) << i;  // radii clamped to 2
@@ -46,10 +46,10 @@ TEST(Sprites, SetRunsFromAnUntrimmedFivePixelSquareToARingTrimmedEightyOne) {
 }
 
 TEST(AspectCorrection, SqueezesWidthAndSamplesNormalsInsideTheBorder) {
-    Lump source(Bubbles::part_lump_create(40.5f, 1.0f, 1.0f));
-    EXPECT_EQ(Lump(Bubbles::part_aspect_correct(source.get(), 0.9f))->width, 73);  // trunc(0.5 + 81 * 0.9)
-    EXPECT_EQ(Lump(Bubbles::part_aspect_correct(source.get(), 0.001f))->width, 1);
-    Lump copy(Bubbles::part_aspect_correct(source.get(), 1.0f));
+    Lump source(part_lump_create(40.5f, 1.0f, 1.0f));
+    EXPECT_EQ(Lump(part_aspect_correct(source.get(), 0.9f))->width, 73);  // trunc(0.5 + 81 * 0.9)
+    EXPECT_EQ(Lump(part_aspect_correct(source.get(), 0.001f))->width, 1);
+    Lump copy(part_aspect_correct(source.get(), 1.0f));
     ASSERT_EQ(copy->width, 81);
     EXPECT_EQ(copy->intensity[40 * 81 + 3], source->intensity[40 * 81 + 3]);
     EXPECT_FLOAT_EQ(copy->normal_x[0], source->normal_x[1 * 81 + 1]);
@@ -62,7 +62,7 @@ TEST(ByteResampler, AveragesCellsByOverlapAndNearestLeavesTheLastSample) {
     // Words are resized byte plane by byte plane: 0x0100 and 0x00FF give 0x007F, not 0x017F.
     const uint32_t in[2] = {0x0100, 0x00FF};
     uint32_t out[1] = {};
-    ASSERT_EQ(Bubbles::p_resizeimage(in, 2, 1, out, 1, 1, 1), 0);
+    ASSERT_EQ(p_resizeimage(in, 2, 1, out, 1, 1, 1), 0);
     EXPECT_EQ(out[0], 0x007Fu);
 }
 
@@ -87,7 +87,7 @@ uint64_t sprite_hash(const tagPARTLUMP &lump, uint64_t hash = 0xcbf29ce484222325
 // Every sprite the engine draws with, and a few other radii and rims, are
 // pinned: the bubbles' look rests on their supersampled sums.
 TEST(Sprites, EverySpriteIsTheSameBitsEveryRun) {
-    Bubbles engine;
+    ParticleEngine engine;
     uint64_t set_hash = 0xcbf29ce484222325ull;
     for (int32_t i = 0; i < engine.partSet->lump_count; ++i) set_hash = sprite_hash(*engine.partSet->lumps[i], set_hash);
     EXPECT_EQ(set_hash, 18351729141440177703ull);
@@ -99,6 +99,6 @@ TEST(Sprites, EverySpriteIsTheSameBitsEveryRun) {
                   {17.77f, 2.0f, 13135012427714630952ull},
                   {64.0f, 1.0f, 14633219167397181144ull}};
     for (const auto &other : others)
-        EXPECT_EQ(sprite_hash(*Lump(Bubbles::part_lump_create(other.radius, other.rim, 1.0f))), other.hash)
+        EXPECT_EQ(sprite_hash(*Lump(part_lump_create(other.radius, other.rim, 1.0f))), other.hash)
             << "radius " << other.radius << " rim " << other.rim;
 }
