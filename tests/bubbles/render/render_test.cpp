@@ -5,7 +5,7 @@
 #include <tuple>
 #include <utility>
 
-#include "engine_rig.h"
+#include "../engine_rig.h"
 
 namespace {
 

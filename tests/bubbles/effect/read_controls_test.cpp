@@ -1,6 +1,6 @@
 // The parameters the engine reads: their defaults are what the controls at
 // their defaults deliver, so a unit conversion cannot go wrong on one side only.
-#include "effect_rig.h"
+#include "../effect_rig.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "preset_host.h"
+#include "../preset_host.h"
 
 namespace {
 

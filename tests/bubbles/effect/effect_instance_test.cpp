@@ -2,7 +2,7 @@
 // callbacks.
 #include <set>
 
-#include "effect_rig.h"
+#include "../effect_rig.h"
 
 namespace {
 

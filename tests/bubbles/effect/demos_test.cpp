@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "bubbles/presets.h"
-#include "effect_rig.h"
+#include "../effect_rig.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine_rig.h"
+#include "../engine_rig.h"
 
 namespace {
 

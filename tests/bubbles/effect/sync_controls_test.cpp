@@ -1,6 +1,6 @@
 // SyncControls and the switch callbacks: which controls the effect shows
 // for each combination of its switches.
-#include "effect_rig.h"
+#include "../effect_rig.h"
 
 namespace {
 

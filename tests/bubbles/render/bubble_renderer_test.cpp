@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "engine_rig.h"
+#include "../engine_rig.h"
 #include "framework/plugin.h"
 
 namespace {
