@@ -2,6 +2,7 @@
 // congregation.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -141,4 +142,40 @@ TEST(Congregation, FrictionHoldsInsideAndLeavingShortensLife) {
     EXPECT_EQ(p->gather_state, 2);
     EXPECT_EQ(p->age, 97);  // life - afterlife
     EXPECT_FLOAT_EQ(p->vx, 5.0f);  // no friction outside
+}
+
+namespace {
+
+// A render step that draws nothing and notes what it saw.
+struct CountingRender final : PartRenderStep {
+    void render(tagPARTSET *set) override {
+        calls += 1;
+        for (const tagPART *p = set->live_list; p; p = p->next) ages.push_back(p->age);
+    }
+    int calls = 0;
+    std::vector<int32_t> ages;
+};
+
+}  // namespace
+
+// The engine hands a drawn step's render to the caller's step between the
+// births and the advance, and a pre-rolling step renders nothing.
+TEST(Steps, TheRenderRunsOnceBetweenBirthsAndAdvanceAndNeverWhilePreRolling) {
+    EngineRig rig(100, 100);
+    rig.make_still();
+    rig.configure([](BubbleParameters &p) { p.density = 2; });
+    float x = 50, y = 50;
+    CountingRender render;
+    rig.set()->preroll = 1;
+    rig.engine->part_set_execute(rig.set(), &x, &y, 1, 0, 0, 0, render);
+    EXPECT_EQ(render.calls, 0);
+    ASSERT_EQ(rig.set()->live_count, 2);
+
+    rig.set()->preroll = 0;
+    rig.engine->part_set_execute(rig.set(), &x, &y, 1, 1, 0, 0, render);
+    EXPECT_EQ(render.calls, 1);
+    // Two newborns at age 0 beside the two born in the pre-roll, aged once.
+    std::sort(render.ages.begin(), render.ages.end());
+    EXPECT_EQ(render.ages, (std::vector<int32_t>{0, 0, 1, 1}));
+    for (const tagPART *p = rig.set()->live_list; p; p = p->next) EXPECT_GE(p->age, 1) << "advanced after the render";
 }

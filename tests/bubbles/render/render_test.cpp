@@ -22,6 +22,13 @@ tagPART *bursting_bubble(EngineRig &rig, uint16_t matte, double quantity) {
     return rig.add_particle(50, 50, 20, 100);
 }
 
+// What one render left: the bursting bubble's flag and age, pixels drawn.
+struct Frames {
+    int32_t bursting = 0;
+    int32_t age = 0;
+    int32_t pixels = 0;
+};
+
 }  // namespace
 
 TEST(Rendering, FadeModesDeriveDensityFromColourOrDensityOverMaxAge) {
@@ -78,4 +85,26 @@ TEST(Bursting, WithoutMatteOnlyTheLastFrameBursts) {
         rig.render();
         EXPECT_EQ(p->bursting, bursts) << age << " " << probability;
     }
+}
+
+// A renderer that only decides, as a simulated frame uses, reaches the
+// drawn renderer's bursts and leaves every pixel alone.
+TEST(Rendering, DecisionsAloneBurstAsADrawnRenderAndWriteNoPixel) {
+    Frames drawn, decided;
+    for (bool drawing : {true, false}) {
+        EngineRig rig(100, 100);
+        tagPART *p = bursting_bubble(rig, 32767, 100);
+        BubbleRenderer renderer = rig.renderer(drawing);
+        renderer.render(rig.set());
+        Frames &result = drawing ? drawn : decided;
+        result.bursting = p->bursting;
+        result.age = p->age;
+        result.pixels = rig.drawn_pixels();
+        EXPECT_EQ(rig.engine->mp_region, 0) << "the render's region ends with it";
+    }
+    EXPECT_EQ(drawn.bursting, 1);
+    EXPECT_GT(drawn.pixels, 0);
+    EXPECT_EQ(decided.bursting, drawn.bursting);
+    EXPECT_EQ(decided.age, drawn.age);
+    EXPECT_EQ(decided.pixels, 0);
 }
