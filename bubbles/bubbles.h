@@ -53,7 +53,8 @@ public:
     // in the cone editor's handle slots slotA and slotB.
     void draw_cone(float x0, float y0, float x1, float y1, float halfAngle, int slotA, int slotB, int dotted);
 
-    // Copies the controls' per-frame caches into parameters, in effect units.
+    // Copies the controls' per-frame caches into the engine's parameters, in
+    // effect units.
     void ReadControls();
 
     // Control callbacks, called by the host adapter after it synchronised

@@ -1,8 +1,6 @@
 // The bubble renderer's work on one bubble: its burst decision, fade, light
 // cone and glint, then its sprite shaded and blended over the output.
-#include <algorithm>
 #include <cmath>
-#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
