@@ -5,7 +5,8 @@
 #include <memory>
 #include <random>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
+#include "bubbles/render/bubble_renderer.h"
 #include "framework/image.h"
 #include "framework/plugin.h"
 
@@ -17,7 +18,7 @@ constexpr int32_t kBubbles = 5000;
 
 struct Scene {
     Scene()
-        : engine(std::make_unique<Bubbles>()),
+        : engine(std::make_unique<ParticleEngine>()),
           output(std::make_unique<ImageQv>(kWidth, kHeight, 1.0f, nullptr, nullptr)),
           matte(std::make_unique<ImageQv>(kWidth, kHeight, 1.0f, nullptr, nullptr)),
           reflection(std::make_unique<ImageQv>(kWidth, kHeight, 1.0f, nullptr, nullptr)) {
@@ -61,7 +62,8 @@ struct Scene {
         }
     }
 
-    std::unique_ptr<Bubbles> engine;
+    std::unique_ptr<ParticleEngine> engine;
+    PluginQv bands;
     std::unique_ptr<ImageQv> output, matte, reflection;
 };
 
@@ -74,7 +76,8 @@ void BM_PartSetExecute(benchmark::State &state) {
         state.PauseTiming();
         scene.output->Fill(4000, 8000, 12000, 0);
         state.ResumeTiming();
-        scene.engine->part_set_execute(scene.engine->partSet, &emit_x, &emit_y, 1, 0, 0, 0);
+        BubbleRenderer renderer(scene.bands, *scene.engine, true);
+        scene.engine->part_set_execute(scene.engine->partSet, &emit_x, &emit_y, 1, 0, 0, 0, renderer);
     }
     state.SetItemsProcessed(state.iterations() * scene.engine->partSet->live_count);
     state.counters["bubbles"] = scene.engine->partSet->live_count;

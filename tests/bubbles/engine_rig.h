@@ -6,8 +6,10 @@
 #include <memory>
 #include <vector>
 
-#include "bubbles/bubbles.h"
+#include "bubbles/engine/particle_engine.h"
+#include "bubbles/render/bubble_renderer.h"
 #include "framework/image.h"
+#include "framework/plugin.h"
 
 struct EngineRig {
     EngineRig(int32_t width, int32_t height);
@@ -34,6 +36,10 @@ struct EngineRig {
     // Pixels of the output that are no longer transparent black.
     int32_t drawn_pixels() const;
 
-    std::unique_ptr<Bubbles> engine;
+    // A renderer for one step, its bands run as the effect runs them.
+    BubbleRenderer renderer(bool drawing = true) { return BubbleRenderer(bands, *engine, drawing); }
+
+    std::unique_ptr<ParticleEngine> engine;
+    PluginQv bands;
     std::unique_ptr<ImageQv> output, birth, burst, reflection;
 };

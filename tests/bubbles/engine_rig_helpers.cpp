@@ -1,7 +1,7 @@
 // A bubble engine with its images, ready for one simulation step in a test.
 #include "engine_rig.h"
 
-EngineRig::EngineRig(int32_t width, int32_t height) : engine(std::make_unique<Bubbles>()) {
+EngineRig::EngineRig(int32_t width, int32_t height) : engine(std::make_unique<ParticleEngine>()) {
     for (std::unique_ptr<ImageQv> *image : {&output, &birth, &burst, &reflection}) {
         *image = std::make_unique<ImageQv>(width, height, 1.0f, nullptr, nullptr);
         (*image)->Fill(0, 0, 0, 0);
@@ -24,9 +24,10 @@ void EngineRig::make_still() {
 }
 
 void EngineRig::render() {
-    engine->part_render_begin(set());
-    engine->part_render_bands();
-    engine->part_render_end();
+    BubbleRenderer drawing = renderer();
+    drawing.part_render_begin(set());
+    drawing.part_render_bands();
+    drawing.part_render_end();
 }
 
 tagPART *EngineRig::add_particle(float x, float y, int32_t size, int32_t life) {
@@ -44,7 +45,8 @@ tagPART *EngineRig::add_particle(float x, float y, int32_t size, int32_t life) {
 }
 
 int32_t EngineRig::step(int32_t frame, float emit_x, float emit_y) {
-    return engine->part_set_execute(set(), &emit_x, &emit_y, 1, frame, 0, engine->parameters.congregate);
+    BubbleRenderer drawing = renderer();
+    return engine->part_set_execute(set(), &emit_x, &emit_y, 1, frame, 0, engine->parameters.congregate, drawing);
 }
 
 std::vector<uint8_t> EngineRig::output_bytes() const {

@@ -1,0 +1,191 @@
+// The shading kernel compiled three times: two doubles a block with SSE2,
+// four with AVX2 and eight with AVX-512, picked at run time. Each copy sits
+// in a target region of its own so that its gathers and square roots are
+// the instruction set's.
+#include "bubbles/render/shading_terms.h"
+
+#include <cmath>
+#include <cstring>
+#include <initializer_list>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+// Vectors pass between always-inlined helpers only, never across a call.
+#pragma GCC diagnostic ignored "-Wpsabi"
+// gcc 12 takes the intrinsics' deliberately undefined start values
+// (_mm512_undefined_pd) for uninitialised reads.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+namespace {
+
+template <int M>
+struct LaneTypes {
+    typedef double Doubles __attribute__((vector_size(M * sizeof(double))));
+    typedef float Floats __attribute__((vector_size(M * sizeof(float))));
+    typedef int32_t Ints __attribute__((vector_size(M * sizeof(int32_t))));
+    typedef uint32_t Words __attribute__((vector_size(M * sizeof(uint32_t))));
+    typedef int64_t Longs __attribute__((vector_size(M * sizeof(int64_t))));
+};
+
+typedef void TermsFunction(const BubbleShade &, const SpriteRun &, int, int32_t *, int32_t *);
+typedef void BlendFunction(const BubbleShade &, double, const SpriteRun &, int, PixelQv *);
+
+namespace baseline {
+template <int M>
+using Lanes = LaneTypes<M>;
+struct Isa {
+    template <class Ints>
+    [[gnu::always_inline]] static auto gather(const double *table, const Ints &index) {
+        typename LaneTypes<sizeof(Ints) / sizeof(int32_t)>::Doubles values;
+        for (unsigned i = 0; i < sizeof(Ints) / sizeof(int32_t); ++i) values[i] = table[index[i]];
+        return values;
+    }
+    // The arguments are never negative: no errno path is taken.
+    template <class Doubles>
+    [[gnu::always_inline]] static Doubles root(const Doubles &v) {
+        Doubles roots;
+        for (unsigned i = 0; i < sizeof(Doubles) / sizeof(double); ++i) roots[i] = std::sqrt(v[i]);
+        return roots;
+    }
+    template <class Ints>
+    [[gnu::always_inline]] static bool none(const Ints &v) {
+        uint64_t halves[sizeof(Ints) / 8];
+        std::memcpy(halves, &v, sizeof halves);
+        uint64_t any = 0;
+        for (uint64_t half : halves) any |= half;
+        return any == 0;
+    }
+};
+#include "bubbles/render/shading_kernel.h"
+
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<2>::run_terms(c, run, n, lit, high);
+}
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<2>::run_blend(c, strength, run, n, pixels);
+}
+}  // namespace baseline
+
+#if defined(__x86_64__)
+#pragma GCC push_options
+#pragma GCC target("avx2")
+namespace avx2 {
+template <int M>
+using Lanes = LaneTypes<M>;
+struct Isa {
+    [[gnu::always_inline]] static LaneTypes<4>::Doubles gather(const double *table, const LaneTypes<4>::Ints &index) {
+        return LaneTypes<4>::Doubles(_mm256_i32gather_pd(table, __m128i(index), 8));
+    }
+    [[gnu::always_inline]] static LaneTypes<4>::Doubles root(const LaneTypes<4>::Doubles &v) {
+        return LaneTypes<4>::Doubles(_mm256_sqrt_pd(__m256d(v)));
+    }
+    [[gnu::always_inline]] static bool none(const LaneTypes<4>::Ints &v) {
+        return _mm_testz_si128(__m128i(v), __m128i(v));
+    }
+};
+#include "bubbles/render/shading_kernel.h"
+
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<4>::run_terms(c, run, n, lit, high);
+}
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<4>::run_blend(c, strength, run, n, pixels);
+}
+}  // namespace avx2
+#pragma GCC pop_options
+
+#pragma GCC push_options
+#pragma GCC target("avx512f")
+namespace avx512 {
+template <int M>
+using Lanes = LaneTypes<M>;
+struct Isa {
+    [[gnu::always_inline]] static LaneTypes<8>::Doubles gather(const double *table, const LaneTypes<8>::Ints &index) {
+        return LaneTypes<8>::Doubles(_mm512_i32gather_pd(__m256i(index), table, 8));
+    }
+    [[gnu::always_inline]] static LaneTypes<8>::Doubles root(const LaneTypes<8>::Doubles &v) {
+        return LaneTypes<8>::Doubles(_mm512_sqrt_pd(__m512d(v)));
+    }
+    [[gnu::always_inline]] static bool none(const LaneTypes<8>::Ints &v) {
+        return _mm256_testz_si256(__m256i(v), __m256i(v));
+    }
+};
+#include "bubbles/render/shading_kernel.h"
+
+void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    Kernel<8>::run_terms(c, run, n, lit, high);
+}
+void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
+    Kernel<8>::run_blend(c, strength, run, n, pixels);
+}
+}  // namespace avx512
+#pragma GCC pop_options
+#endif
+
+TermsFunction *terms_function(ShadeVectors vectors) {
+#if defined(__x86_64__)
+    if (vectors == ShadeVectors::Avx512) return avx512::terms;
+    if (vectors == ShadeVectors::Avx2) return avx2::terms;
+#endif
+    return baseline::terms;
+}
+
+BlendFunction *blend_function(ShadeVectors vectors) {
+#if defined(__x86_64__)
+    if (vectors == ShadeVectors::Avx512) return avx512::blend;
+    if (vectors == ShadeVectors::Avx2) return avx2::blend;
+#endif
+    return baseline::blend;
+}
+
+ShadeVectors widest_shade_vectors() {
+    for (ShadeVectors vectors : {ShadeVectors::Avx512, ShadeVectors::Avx2})
+        if (shade_vectors_run_here(vectors)) return vectors;
+    return ShadeVectors::Baseline;
+}
+
+const ShadeVectors kWidest = widest_shade_vectors();
+
+}  // namespace
+
+bool shade_vectors_run_here(ShadeVectors vectors) {
+#if defined(__x86_64__)
+    __builtin_cpu_init();
+    if (vectors == ShadeVectors::Avx512) return __builtin_cpu_supports("avx512f");
+    if (vectors == ShadeVectors::Avx2) return __builtin_cpu_supports("avx2");
+    return true;
+#else
+    return vectors == ShadeVectors::Baseline;
+#endif
+}
+
+bool shading_terms_cover(const BubbleShade &shade) {
+    const double base = shade.min_bright / 100;
+    const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
+    // Both terms below 2^31 with room for the bracket (32767 * (base + 1.01)),
+    // and the blend weight strength * lit below 2^53.
+    return shade.glint >= 0 && shade.glint < (1 << 30) && base >= 0.0 && base < 65000.0 &&
+           strength * 32767 * (base + 1.01) < 9007199254740992.0 && shade.shine.exponent() > 0.0 &&
+           shade.shine.exponent() <= 1024.0 && shade.highlight.exponent() > 0.0 &&
+           shade.highlight.exponent() <= 1024.0;
+}
+
+void shading_terms(const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit, int32_t *high) {
+    terms_function(kWidest)(shade, run, n, lit, high);
+}
+
+void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, int32_t *lit,
+                        int32_t *high) {
+    terms_function(vectors)(shade, run, n, lit, high);
+}
+
+void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
+    shade_run_with(kWidest, shade, run, n, pixels);
+}
+
+void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
+    const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
+    blend_function(vectors)(shade, strength, run, n, pixels);
+}
