@@ -81,8 +81,11 @@ BubbleShade random_shade(std::mt19937 &pick, int round) {
     shade.ly = ly / length;
     shade.lz = lz / length;
     shade.min_bright = round % 4 == 0 ? 100.0 : percent(pick);
-    shade.shine = UnitPower(round % 5 == 0 ? 45.0 : exponent(pick));
-    shade.highlight = UnitPower(round % 5 == 1 ? 1.0 : exponent(pick));
+    // Whole exponents on both (the presets' case) are multiplied out, any
+    // other pair goes through the logarithm.
+    std::uniform_int_distribution<int> whole(1, 200);
+    shade.shine = UnitPower(round % 5 == 0 ? 45.0 : round % 5 == 2 ? whole(pick) : exponent(pick));
+    shade.highlight = UnitPower(round % 5 == 1 ? 1.0 : round % 5 == 2 ? whole(pick) : exponent(pick));
     return shade;
 }
 
