@@ -206,4 +206,12 @@ struct Kernel {
             std::memcpy(pixels + at, &block, sizeof block);
         }
     }
+
+    [[gnu::always_inline]] static void run_rows(const BubbleShade &c, double strength, const SpriteRun &run,
+                                                int width, int rows, PixelQv *const *image_rows, int left) {
+        PixelQv pixels[kShadeRun + kShadeBlock];
+        for (int y = 0; y < rows; ++y) Isa::copy(pixels + y * width, image_rows[y] + left, width);
+        run_blend(c, strength, run, width * rows, pixels);
+        for (int y = 0; y < rows; ++y) Isa::copy(image_rows[y] + left, pixels + y * width, width);
+    }
 };

@@ -31,6 +31,7 @@ struct LaneTypes {
 
 typedef void TermsFunction(const BubbleShade &, const SpriteRun &, int, int32_t *, int32_t *);
 typedef void BlendFunction(const BubbleShade &, double, const SpriteRun &, int, PixelQv *);
+typedef void RowsFunction(const BubbleShade &, double, const SpriteRun &, int, int, PixelQv *const *, int);
 
 namespace baseline {
 template <int M>
@@ -49,6 +50,9 @@ struct Isa {
         for (unsigned i = 0; i < sizeof(Doubles) / sizeof(double); ++i) roots[i] = std::sqrt(v[i]);
         return roots;
     }
+    static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; ++i) to[i] = from[i];
+    }
     template <class Ints>
     [[gnu::always_inline]] static bool none(const Ints &v) {
         uint64_t halves[sizeof(Ints) / 8];
@@ -65,6 +69,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<2>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<2>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace baseline
 
@@ -84,6 +92,15 @@ struct Isa {
     [[gnu::always_inline]] static bool none(const LaneTypes<4>::Ints &v) {
         return _mm_testz_si128(__m128i(v), __m128i(v));
     }
+    // Four pixels a move, the last ones masked.
+    [[gnu::always_inline]] static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; i += 4) {
+            const __m256i lane = _mm256_set_epi64x(3, 2, 1, 0);
+            const __m256i mask = _mm256_cmpgt_epi64(_mm256_set1_epi64x(n - i), lane);
+            const auto *source = reinterpret_cast<const long long *>(from + i);
+            _mm256_maskstore_epi64(reinterpret_cast<long long *>(to + i), mask, _mm256_maskload_epi64(source, mask));
+        }
+    }
 };
 #include "bubbles/shading_kernel.h"
 
@@ -92,6 +109,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<4>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<4>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace avx2
 #pragma GCC pop_options
@@ -111,6 +132,13 @@ struct Isa {
     [[gnu::always_inline]] static bool none(const LaneTypes<8>::Ints &v) {
         return _mm256_testz_si256(__m256i(v), __m256i(v));
     }
+    // Eight pixels a move, the last ones masked.
+    [[gnu::always_inline]] static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; i += 8) {
+            const __mmask8 mask = __mmask8(n - i >= 8 ? 0xff : (1u << (n - i)) - 1);
+            _mm512_mask_storeu_epi64(to + i, mask, _mm512_maskz_loadu_epi64(mask, from + i));
+        }
+    }
 };
 #include "bubbles/shading_kernel.h"
 
@@ -119,6 +147,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<8>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<8>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace avx512
 #pragma GCC pop_options
@@ -130,6 +162,14 @@ TermsFunction *terms_function(ShadeVectors vectors) {
     if (vectors == ShadeVectors::Avx2) return avx2::terms;
 #endif
     return baseline::terms;
+}
+
+RowsFunction *rows_function(ShadeVectors vectors) {
+#if defined(__x86_64__)
+    if (vectors == ShadeVectors::Avx512) return avx512::rows;
+    if (vectors == ShadeVectors::Avx2) return avx2::rows;
+#endif
+    return baseline::rows;
 }
 
 BlendFunction *blend_function(ShadeVectors vectors) {
@@ -188,4 +228,15 @@ void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *p
 void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
     const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
     blend_function(vectors)(shade, strength, run, n, pixels);
+}
+
+void shade_rows(const BubbleShade &shade, const SpriteRun &run, int width, int rows, PixelQv *const *image_rows,
+                int left) {
+    shade_rows_with(kWidest, shade, run, width, rows, image_rows, left);
+}
+
+void shade_rows_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int width, int rows,
+                     PixelQv *const *image_rows, int left) {
+    const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
+    rows_function(vectors)(shade, strength, run, width, rows, image_rows, left);
 }
