@@ -177,6 +177,7 @@ struct Kernel {
         const Doubles k = strength * __builtin_convertvector(lit, Doubles);
         const Doubles scaled = k * (1.0 / 32768);
         const Ints w = __builtin_convertvector(scaled > 32768.0 ? Doubles{} + 32768.0 : scaled, Ints);
+        if constexpr (Isa::kChannelBlend) return Isa::channel_blend(c, w, high, coverage, pixels);
         const Ints v = 32768 - w;
         // c.red * w + target * v <= 65535 * 32768, as w + v = 32768.
         const Ints red = __builtin_convertvector(pixels & 0xffff, Ints);
