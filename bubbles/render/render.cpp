@@ -281,13 +281,7 @@ void BubbleRenderer::part_anti_aliased_lump(const SpritePlacement &at, const Bub
             const size_t at = size_t(row_begin - top) * size_t(w);
             const int n = int(rows_drawn * w);
             if (!shade.reflection) {
-                // The rows copied together, shaded and blended, copied back.
-                PixelQv pixels[kShadeRun + kShadeBlock];
-                for (long y = row_begin; y <= row_end; ++y)
-                    std::memcpy(pixels + (y - row_begin) * w, image->rows[y] + left, sizeof(PixelQv) * size_t(w));
-                shade_run(shade, run_at(at), n, pixels);
-                for (long y = row_begin; y <= row_end; ++y)
-                    std::memcpy(image->rows[y] + left, pixels + (y - row_begin) * w, sizeof(PixelQv) * size_t(w));
+                shade_rows(shade, run_at(at), w, int(rows_drawn), image->rows + row_begin, left);
                 return;
             }
             shading_terms(shade, run_at(at), n, lit, high);

@@ -55,6 +55,30 @@ struct Kernel {
         hi = zero ? Doubles{} : tiny ? Doubles{} + tiny_power : p * (1.0 + margin);
     }
 
+    // The same from a power p computed within 2^-42 by multiplication.
+    [[gnu::always_inline]] static void bracket_product(const Doubles &p, const Longs &zero, Doubles &lo,
+                                                       Doubles &hi) {
+        constexpr double margin = 1.0 / (1u << 30);
+        constexpr double tiny_power = 1.0 / (double(1u << 30) * double(1u << 29));
+        const Longs tiny = p < 1.0 / (double(1u << 30) * double(1u << 30));
+        lo = tiny | zero ? Doubles{} : p * (1.0 - margin);
+        hi = zero ? Doubles{} : tiny ? Doubles{} + tiny_power : p * (1.0 + margin);
+    }
+
+    // x^m and x^n by repeated squaring shared between them, as
+    // UnitPower::whole_power takes each.
+    [[gnu::always_inline]] static void whole_powers(Doubles x, uint32_t m, uint32_t n, Doubles &pm, Doubles &pn) {
+        pm = pn = Doubles{} + 1.0;
+        for (;;) {
+            if (m & 1u) pm *= x;
+            if (n & 1u) pn *= x;
+            m >>= 1;
+            n >>= 1;
+            if (!(m | n)) return;
+            x *= x;
+        }
+    }
+
     // The lit and highlight terms of the block's lanes (coverage, nx, ny).
     [[gnu::always_inline]] static Doubles depth_of(const Floats &nx, const Floats &ny) {
         Floats nz2 = 1.0f - nx * nx - ny * ny;
@@ -79,10 +103,21 @@ struct Kernel {
         const Ints zero32 = (bits & 0x7fffffffu) == 0u;
         const Ints usable = ((biased >= 1u) & (biased <= 126u)) | (bits == 0x3f800000u) | zero32;
         const Longs zero = __builtin_convertvector(zero32, Longs);
-        const Doubles log2_d = log2_of(usable & ~zero32 ? bits : Words{} + 0x3f800000u, t);
         Doubles lo, hi, glint_lo, glint_hi;
-        bracket(shine * log2_d, zero, t, lo, hi);
-        bracket(highlight * log2_d, zero, t, glint_lo, glint_hi);
+        if (c.shine.whole() && c.highlight.whole()) {
+            // The squaring differs from whole_power's only when m and n
+            // differ in length, where whole_power's last squarings are not
+            // needed: each power is the same tree of products.
+            Doubles shine_power, highlight_power;
+            whole_powers(__builtin_convertvector(d, Doubles), c.shine.whole(), c.highlight.whole(), shine_power,
+                         highlight_power);
+            bracket_product(shine_power, zero, lo, hi);
+            bracket_product(highlight_power, zero, glint_lo, glint_hi);
+        } else {
+            const Doubles log2_d = log2_of(usable & ~zero32 ? bits : Words{} + 0x3f800000u, t);
+            bracket(shine * log2_d, zero, t, lo, hi);
+            bracket(highlight * log2_d, zero, t, glint_lo, glint_hi);
+        }
         const Doubles scale = __builtin_convertvector(coverage, Doubles);
         lit = __builtin_convertvector(scale * (base + lo), Ints);
         high = __builtin_convertvector(glint * (0.0 + glint_lo), Ints);
@@ -142,6 +177,7 @@ struct Kernel {
         const Doubles k = strength * __builtin_convertvector(lit, Doubles);
         const Doubles scaled = k * (1.0 / 32768);
         const Ints w = __builtin_convertvector(scaled > 32768.0 ? Doubles{} + 32768.0 : scaled, Ints);
+        if constexpr (Isa::kChannelBlend) return Isa::channel_blend(c, w, high, coverage, pixels);
         const Ints v = 32768 - w;
         // c.red * w + target * v <= 65535 * 32768, as w + v = 32768.
         const Ints red = __builtin_convertvector(pixels & 0xffff, Ints);
@@ -170,5 +206,13 @@ struct Kernel {
             const Longs block = blend(c, strength, coverage, lit, high, load<Longs>(pixels + at));
             std::memcpy(pixels + at, &block, sizeof block);
         }
+    }
+
+    [[gnu::always_inline]] static void run_rows(const BubbleShade &c, double strength, const SpriteRun &run,
+                                                int width, int rows, PixelQv *const *image_rows, int left) {
+        PixelQv pixels[kShadeRun + kShadeBlock];
+        for (int y = 0; y < rows; ++y) Isa::copy(pixels + y * width, image_rows[y] + left, width);
+        run_blend(c, strength, run, width * rows, pixels);
+        for (int y = 0; y < rows; ++y) Isa::copy(image_rows[y] + left, pixels + y * width, width);
     }
 };

@@ -31,6 +31,7 @@ struct LaneTypes {
 
 typedef void TermsFunction(const BubbleShade &, const SpriteRun &, int, int32_t *, int32_t *);
 typedef void BlendFunction(const BubbleShade &, double, const SpriteRun &, int, PixelQv *);
+typedef void RowsFunction(const BubbleShade &, double, const SpriteRun &, int, int, PixelQv *const *, int);
 
 namespace baseline {
 template <int M>
@@ -49,6 +50,15 @@ struct Isa {
         for (unsigned i = 0; i < sizeof(Doubles) / sizeof(double); ++i) roots[i] = std::sqrt(v[i]);
         return roots;
     }
+    // Blends with the generic lane code (see the AVX-512 Isa).
+    static constexpr bool kChannelBlend = false;
+    template <class... Args>
+    static int channel_blend(const Args &...) {
+        return 0;
+    }
+    static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; ++i) to[i] = from[i];
+    }
     template <class Ints>
     [[gnu::always_inline]] static bool none(const Ints &v) {
         uint64_t halves[sizeof(Ints) / 8];
@@ -65,6 +75,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<2>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<2>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace baseline
 
@@ -84,6 +98,21 @@ struct Isa {
     [[gnu::always_inline]] static bool none(const LaneTypes<4>::Ints &v) {
         return _mm_testz_si128(__m128i(v), __m128i(v));
     }
+    // Blends with the generic lane code (see the AVX-512 Isa).
+    static constexpr bool kChannelBlend = false;
+    template <class... Args>
+    static int channel_blend(const Args &...) {
+        return 0;
+    }
+    // Four pixels a move, the last ones masked.
+    [[gnu::always_inline]] static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; i += 4) {
+            const __m256i lane = _mm256_set_epi64x(3, 2, 1, 0);
+            const __m256i mask = _mm256_cmpgt_epi64(_mm256_set1_epi64x(n - i), lane);
+            const auto *source = reinterpret_cast<const long long *>(from + i);
+            _mm256_maskstore_epi64(reinterpret_cast<long long *>(to + i), mask, _mm256_maskload_epi64(source, mask));
+        }
+    }
 };
 #include "bubbles/render/shading_kernel.h"
 
@@ -92,6 +121,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<4>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<4>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace avx2
 #pragma GCC pop_options
@@ -111,6 +144,45 @@ struct Isa {
     [[gnu::always_inline]] static bool none(const LaneTypes<8>::Ints &v) {
         return _mm256_testz_si256(__m256i(v), __m256i(v));
     }
+    // The blend of Kernel::blend with each pixel's four 16-bit channels in
+    // 32-bit lanes of their own, four pixels a register: each lane takes the
+    // same integer operations as the generic code's channel lanes.
+    static constexpr bool kChannelBlend = true;
+    [[gnu::always_inline]] static LaneTypes<8>::Longs channel_blend(const BubbleShade &c, const LaneTypes<8>::Ints &w,
+                                                                    const LaneTypes<8>::Ints &high,
+                                                                    const LaneTypes<8>::Ints &coverage,
+                                                                    const LaneTypes<8>::Longs &pixels) {
+        const __m512i words = __m512i(pixels);
+        const __m512i colour = _mm512_set_epi32(0, c.blue, c.green, c.red, 0, c.blue, c.green, c.red, 0, c.blue,
+                                                c.green, c.red, 0, c.blue, c.green, c.red);
+        const __m512i weights = _mm512_zextsi256_si512(__m256i(w)), highs = _mm512_zextsi256_si512(__m256i(high));
+        const auto half = [&](__m256i four_pixels, int first) {
+            const __m512i spread = _mm512_add_epi32(
+                _mm512_set_epi32(3, 3, 3, 3, 2, 2, 2, 2, 1, 1, 1, 1, 0, 0, 0, 0), _mm512_set1_epi32(first));
+            const __m512i target = _mm512_cvtepu16_epi32(four_pixels);
+            const __m512i weight = _mm512_permutexvar_epi32(spread, weights);
+            const __m512i rest = _mm512_sub_epi32(_mm512_set1_epi32(32768), weight);
+            __m512i mixed = _mm512_srai_epi32(
+                _mm512_add_epi32(_mm512_mullo_epi32(colour, weight), _mm512_mullo_epi32(target, rest)), 15);
+            mixed = _mm512_mask_add_epi32(mixed, __mmask16(0x8888), target, weight);  // alpha + w
+            mixed = _mm512_add_epi32(mixed, _mm512_permutexvar_epi32(spread, highs));
+            return _mm512_min_epi32(_mm512_max_epi32(mixed, _mm512_setzero_si512()), _mm512_set1_epi32(32767));
+        };
+        const __m512i low = half(_mm512_castsi512_si256(words), 0);
+        const __m512i upper = half(_mm512_extracti64x4_epi64(words, 1), 4);
+        const __m512i blended =
+            _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(low)), _mm512_cvtepi32_epi16(upper), 1);
+        const __m512i covered32 = _mm512_zextsi256_si512(__m256i(coverage));
+        const __mmask8 covered = __mmask8(_mm512_test_epi32_mask(covered32, covered32));
+        return LaneTypes<8>::Longs(_mm512_mask_blend_epi64(covered, words, blended));
+    }
+    // Eight pixels a move, the last ones masked.
+    [[gnu::always_inline]] static void copy(PixelQv *to, const PixelQv *from, int n) {
+        for (int i = 0; i < n; i += 8) {
+            const __mmask8 mask = __mmask8(n - i >= 8 ? 0xff : (1u << (n - i)) - 1);
+            _mm512_mask_storeu_epi64(to + i, mask, _mm512_maskz_loadu_epi64(mask, from + i));
+        }
+    }
 };
 #include "bubbles/render/shading_kernel.h"
 
@@ -119,6 +191,10 @@ void terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit, int3
 }
 void blend(const BubbleShade &c, double strength, const SpriteRun &run, int n, PixelQv *pixels) {
     Kernel<8>::run_blend(c, strength, run, n, pixels);
+}
+void rows(const BubbleShade &c, double strength, const SpriteRun &run, int width, int count,
+          PixelQv *const *image_rows, int left) {
+    Kernel<8>::run_rows(c, strength, run, width, count, image_rows, left);
 }
 }  // namespace avx512
 #pragma GCC pop_options
@@ -130,6 +206,14 @@ TermsFunction *terms_function(ShadeVectors vectors) {
     if (vectors == ShadeVectors::Avx2) return avx2::terms;
 #endif
     return baseline::terms;
+}
+
+RowsFunction *rows_function(ShadeVectors vectors) {
+#if defined(__x86_64__)
+    if (vectors == ShadeVectors::Avx512) return avx512::rows;
+    if (vectors == ShadeVectors::Avx2) return avx2::rows;
+#endif
+    return baseline::rows;
 }
 
 BlendFunction *blend_function(ShadeVectors vectors) {
@@ -188,4 +272,15 @@ void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *p
 void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels) {
     const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
     blend_function(vectors)(shade, strength, run, n, pixels);
+}
+
+void shade_rows(const BubbleShade &shade, const SpriteRun &run, int width, int rows, PixelQv *const *image_rows,
+                int left) {
+    shade_rows_with(kWidest, shade, run, width, rows, image_rows, left);
+}
+
+void shade_rows_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int width, int rows,
+                     PixelQv *const *image_rows, int left) {
+    const double strength = double((int64_t(shade.density) * shade.glint) >> 15);
+    rows_function(vectors)(shade, strength, run, width, rows, image_rows, left);
 }

@@ -48,4 +48,11 @@ void shading_terms_with(ShadeVectors vectors, const BubbleShade &shade, const Sp
 // accepts and without a reflection. pixels has room for kShadeBlock - 1
 // more, which it may rewrite unchanged.
 void shade_run(const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels);
+// shade_run over `rows` whole sprite rows of `width` pixels, rows * width <=
+// kShadeRun, drawn at column `left` of the image rows image_rows[0..rows):
+// the rows are copied together with vector moves, shaded and copied back.
+void shade_rows(const BubbleShade &shade, const SpriteRun &run, int width, int rows, PixelQv *const *image_rows,
+                int left);
+void shade_rows_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int width, int rows,
+                     PixelQv *const *image_rows, int left);
 void shade_run_with(ShadeVectors vectors, const BubbleShade &shade, const SpriteRun &run, int n, PixelQv *pixels);

@@ -3,7 +3,9 @@
 
 #include <cmath>
 
-UnitPower::UnitPower(double exponent) : s_(exponent), usable_(exponent > 0.0 && exponent <= 1024.0),
+UnitPower::UnitPower(double exponent)
+    : s_(exponent), usable_(exponent > 0.0 && exponent <= 1024.0),
+      whole_(usable_ && exponent >= 1.0 && std::floor(exponent) == exponent ? uint32_t(exponent) : 0u),
       tables_(&UnitPowerTables::get()) {}
 
 const UnitPowerTables &UnitPowerTables::get() {

@@ -28,6 +28,16 @@
 //   bracket is [0, 2^-59]. d = 0 gives 0 exactly (s > 0), d = 1 gives 1.
 // Anything else (other exponents, subnormal, negative or NaN d) returns
 // false and the caller uses std::pow.
+//
+// Whole exponents n (1..1024, the presets' Shine and Highlight) skip the
+// logarithm: p = d^n by repeated squaring in double, d exact. Every product
+// of a multiplication tree is the exact product times (1 + e) per node,
+// |e| <= u, and the tree of d^n expands to n - 1 nodes, so p is within
+// (1 + u)^1023 - 1 < 2^-42 of d^n relative, as long as nothing underflows.
+// Nothing does while p >= 2^-60: every partial product is at least p, all
+// factors being at most 1 and rounding monotone. And if d^n >= 2^-59 every
+// partial product is that large and p > 2^-60; so p < 2^-60 means
+// d^n < 2^-59, the tiny bracket above.
 #pragma once
 
 #include <cmath>
@@ -39,6 +49,20 @@ public:
     explicit UnitPower(double exponent = 1.0);
 
     double exponent() const { return s_; }
+    // The exponent when it is a whole number the bracket takes by
+    // multiplication (1..1024), else 0.
+    uint32_t whole() const { return whole_; }
+
+    // d^n by repeated squaring, d in [0, 1], n >= 1.
+    static double whole_power(double d, uint32_t n) {
+        double power = 1.0;  // 1 * d is d exactly: no rounding added
+        for (;;) {
+            if (n & 1u) power *= d;
+            n >>= 1;
+            if (!n) return power;
+            d *= d;
+        }
+    }
 
     // lo <= std::pow(double(d), exponent()) <= hi, or false when d or the
     // exponent lies outside what the bracket covers.
@@ -53,6 +77,17 @@ public:
         const int32_t biased = int32_t(bits >> 23);
         // Normal floats in (0, 1] only: sign bit clear, exponent 1..127.
         if (biased < 1 || biased > 127 || (biased == 127 && (bits & 0x7fffff) != 0)) return false;
+        if (whole_) {
+            const double p = whole_power(double(d), whole_);
+            if (p < 1.0 / (double(1u << 30) * double(1u << 30))) {
+                lo = 0.0;
+                hi = kTinyPower;
+                return true;
+            }
+            lo = p * (1.0 - kMargin);
+            hi = p * (1.0 + kMargin);
+            return true;
+        }
         const double y = s_ * log2_of(bits, biased);
         if (y < -60.0) {
             lo = 0.0;
@@ -74,6 +109,7 @@ private:
 
     double s_;
     bool usable_;
+    uint32_t whole_;
     const struct UnitPowerTables *tables_;
 };
 

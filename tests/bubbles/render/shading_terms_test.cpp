@@ -81,8 +81,11 @@ BubbleShade random_shade(std::mt19937 &pick, int round) {
     shade.ly = ly / length;
     shade.lz = lz / length;
     shade.min_bright = round % 4 == 0 ? 100.0 : percent(pick);
-    shade.shine = UnitPower(round % 5 == 0 ? 45.0 : exponent(pick));
-    shade.highlight = UnitPower(round % 5 == 1 ? 1.0 : exponent(pick));
+    // Whole exponents on both (the presets' case) are multiplied out, any
+    // other pair goes through the logarithm.
+    std::uniform_int_distribution<int> whole(1, 200);
+    shade.shine = UnitPower(round % 5 == 0 ? 45.0 : round % 5 == 2 ? whole(pick) : exponent(pick));
+    shade.highlight = UnitPower(round % 5 == 1 ? 1.0 : round % 5 == 2 ? whole(pick) : exponent(pick));
     return shade;
 }
 
@@ -160,4 +163,33 @@ TEST(ShadingTerms, CoversOnlyWhatFitsItsLanes) {
     BubbleShade blinding = shade;
     blinding.glint = 1 << 30;
     EXPECT_FALSE(shading_terms_cover(blinding));
+}
+
+// A sprite drawn over image rows gets, in its columns, the bytes of one run
+// over its copied rows, for every width; the columns beside it and the rows
+// around it keep theirs, whatever the width's remainder over the vectors.
+TEST(ShadingTerms, SpriteRowsAreShadedInPlaceAndNothingBesideThem) {
+    std::mt19937 pick(13);
+    for (int round = 0; round < 60; ++round) {
+        const BubbleShade shade = random_shade(pick, round * 5 + 2);
+        const int width = 1 + round % 19, rows = 1 + round % 7, left = round % 5, stride = width + 9;
+        const Pixels sprite = random_run(pick, width * rows);
+        const Pixels image = random_run(pick, stride * (rows + 2));
+        std::vector<PixelQv> expected = sprite.pixels;
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < width; ++x) expected[size_t(y * width + x)] = image.pixels[size_t((y + 1) * stride + left + x)];
+        shade_run_with(ShadeVectors::Baseline, shade, sprite_run(sprite, round), width * rows, expected.data());
+        for (ShadeVectors vectors : vectors_here()) {
+            std::vector<PixelQv> got = image.pixels;
+            std::vector<PixelQv *> row_pointers;
+            for (int y = 0; y < rows; ++y) row_pointers.push_back(got.data() + (y + 1) * stride);
+            shade_rows_with(vectors, shade, sprite_run(sprite, round), width, rows, row_pointers.data(), left);
+            for (int i = 0; i < stride * (rows + 2); ++i) {
+                const int y = i / stride - 1, x = i % stride - left;
+                const bool inside = y >= 0 && y < rows && x >= 0 && x < width;
+                ASSERT_TRUE(same(got[size_t(i)], inside ? expected[size_t(y * width + x)] : image.pixels[size_t(i)]))
+                    << "width " << int(vectors) << " round " << round << " pixel " << i;
+            }
+        }
+    }
 }

@@ -46,8 +46,23 @@ long bracket_failures(const UnitPower &power, float first, float last, uint32_t 
 
 }  // namespace
 
+// 45 is taken by multiplication, 45.5 through the logarithm.
 TEST(UnitPower, BracketHoldsForEveryFloatFromAHalfToOne) {
     EXPECT_EQ(bracket_failures(UnitPower(45.0), 0.5f, 1.0f, 1), 0);
+    EXPECT_EQ(bracket_failures(UnitPower(45.5), 0.5f, 1.0f, 1), 0);
+}
+
+TEST(UnitPower, WholeExponentsAreMultipliedUpToTheLongestTree) {
+    EXPECT_EQ(UnitPower(45.0).whole(), 45u);
+    EXPECT_EQ(UnitPower(1024.0).whole(), 1024u);
+    for (double exponent : {0.5, 1.3, 45.00001, 1025.0}) EXPECT_EQ(UnitPower(exponent).whole(), 0u) << exponent;
+    // Every whole exponent of the controls' range, and the longest tree,
+    // over all of (0, 1]: the products' rounding stays inside the bracket,
+    // and tiny powers land in [0, 2^-59].
+    const float smallest_normal = std::numeric_limits<float>::min();
+    for (int exponent = 1; exponent <= 200; ++exponent)
+        ASSERT_EQ(bracket_failures(UnitPower(exponent), smallest_normal, 1.0f, 65521), 0) << exponent;
+    EXPECT_EQ(bracket_failures(UnitPower(1023.0), 0.9f, 1.0f, 1), 0);
 }
 
 TEST(UnitPower, BracketHoldsAcrossTheWholeRangeForManyExponents) {
