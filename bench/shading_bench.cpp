@@ -9,17 +9,17 @@
 #include <memory>
 #include <vector>
 
-#include "bubbles/bubbles.h"
-#include "bubbles/shading_terms.h"
+#include "bubbles/engine/particle_engine.h"
+#include "bubbles/render/shading_terms.h"
 
 namespace {
 
 struct Sprites {
-    Sprites() : engine(std::make_unique<Bubbles>()) {
+    Sprites() : engine(std::make_unique<ParticleEngine>()) {
         engine->part_set_correct_lumps(engine->partSet, 1.0f);
     }
     const tagPARTLUMP *lump(int index) const { return engine->partSet->lumps_corrected[index]; }
-    std::unique_ptr<Bubbles> engine;
+    std::unique_ptr<ParticleEngine> engine;
 };
 
 BubbleShade shade_with(double shine, double highlight) {
