@@ -5,11 +5,12 @@ set -e
 # as hard dependencies, so `make sanitize` needs no package of its own.
 # libopencolorio-dev: the colour spaces OpenImageIO converts through;
 # openimageio-tools and opencolorio-tools: oiiotool and ocioconvert, the
-# references the float-plate tests compare with.
+# references the float-plate tests compare with. universal-ctags: the test
+# that keeps functions short finds them with it.
 PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
 libgtest-dev libgmock-dev libbenchmark-dev \
 libopencolorio-dev openimageio-tools opencolorio-tools \
-slurm-wlm munge libcpp-httplib-dev chromium"
+slurm-wlm munge libcpp-httplib-dev chromium universal-ctags"
 # The frei0r filter builds on Debian's frei0r header and is tested in the
 # hosts that load it: ffmpeg, melt (MLT) and GStreamer (its frei0r element is
 # in -plugins-bad; PNG decoding and the file source in -good).
