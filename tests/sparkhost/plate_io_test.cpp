@@ -144,3 +144,25 @@ TEST(BubbleLayer, ConversionKeepsEmptyPixelsAtZeroAndWorksOnStraightColour) {
     EXPECT_NEAR(layer.pixels[4], straight[0] * 0.5f, 1e-6);
     EXPECT_FLOAT_EQ(layer.pixels[7], 0.5f);
 }
+
+TEST(BubbleLayer, LightBeyondCoverageIsConvertedAsLightOverBlackNotDividedByTheCoverage) {
+    auto config = sparkhost::open_colour_config(config_path());
+    auto to_linear = config->conversion("sRGB", "lin_rec709");
+    auto linear = [&to_linear](float value) {
+        float pixel[3] = {value, value, value};
+        to_linear->apply(pixel, 1, 3);
+        return pixel[0];
+    };
+    // A highlight at coverage 0.01 (red far beyond it, green within it), and
+    // light with no coverage at all.
+    PlateImage layer(2, 1, 4);
+    const float values[] = {0.38f, 0.005f, 0.0f, 0.01f, 0.2f, 0.2f, 0.2f, 0.0f};
+    std::copy(std::begin(values), std::end(values), layer.pixels.begin());
+    sparkhost::convert_layer(layer, *to_linear);
+    EXPECT_NEAR(layer.pixels[0], 0.01f + linear(0.37f), 1e-6);
+    EXPECT_NEAR(layer.pixels[1], 0.01f * linear(0.5f), 1e-7);
+    EXPECT_EQ(layer.pixels[2], 0.0f);
+    EXPECT_FLOAT_EQ(layer.pixels[3], 0.01f);
+    for (int c = 4; c < 7; ++c) EXPECT_NEAR(layer.pixels[c], linear(0.2f), 1e-6);
+    EXPECT_EQ(layer.pixels[7], 0.0f);
+}
