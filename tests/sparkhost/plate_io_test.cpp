@@ -166,3 +166,34 @@ TEST(BubbleLayer, LightBeyondCoverageIsConvertedAsLightOverBlackNotDividedByTheC
     for (int c = 4; c < 7; ++c) EXPECT_NEAR(layer.pixels[c], linear(0.2f), 1e-6);
     EXPECT_EQ(layer.pixels[7], 0.0f);
 }
+
+TEST(ColourConfig, DisplayTransformAgreesWithOiiotoolAndNamesWhatThereIs) {
+    auto config = sparkhost::open_colour_config(config_path());
+    EXPECT_EQ(config->displays(), std::vector<std::string>{"sRGB"});
+    EXPECT_EQ(config->views("sRGB"), (std::vector<std::string>{"Display", "Raw"}));
+    // Scene-linear values from below 0 to far above 1, through the view.
+    PlateImage image(6, 1, 3);
+    const float values[] = {-0.05f, 0.0f, 0.002f, 0.18f, 0.5f, 1.0f, 2.0f, 16.0f, 0.01f};
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) image.pixels[i] = values[i % 9];
+    const std::string in = output_path("display_in.exr"), reference = output_path("display_reference.exr");
+    sparkhost::AtomicFile file(in);
+    sparkhost::write_plate(file, image, sparkhost::SampleType::Float, "");
+    file.commit();
+    const std::string command = "oiiotool --colorconfig '" + config_path() + "' '" + in +
+                                "' --iscolorspace lin_rec709 --ociodisplay sRGB Display -d float -o '" + reference +
+                                "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    const PlateImage expected = sparkhost::read_plate(reference);
+    config->display_conversion("lin_rec709", "sRGB", "Display")->apply(image.pixels.data(), 6, 3);
+    ASSERT_EQ(expected.pixels.size(), image.pixels.size());
+    for (std::size_t i = 0; i < image.pixels.size(); ++i)
+        EXPECT_NEAR(image.pixels[i], expected.pixels[i], 1e-5 * std::max(1.0f, std::fabs(expected.pixels[i]))) << i;
+
+    try {
+        config->display_conversion("lin_rec709", "sRGB", "Film");
+        FAIL();
+    } catch (const sparkhost::Error &error) {
+        EXPECT_NE(std::string(error.what()).find("'Film'"), std::string::npos) << error.what();
+        EXPECT_NE(std::string(error.what()).find("Display, Raw"), std::string::npos) << error.what();
+    }
+}
