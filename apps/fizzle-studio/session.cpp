@@ -8,6 +8,7 @@
 #include "apps/fizzle-render/checkpoints.h"
 #include "apps/fizzle-render/control_options.h"
 #include "apps/fizzle-render/host_setup.h"
+#include "float_view.h"
 #include "page_json.h"
 #include "sparkhost/control_log.h"
 #include "sparkhost/curves.h"
@@ -33,6 +34,8 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     host_ = std::make_unique<sparkhost::Host>(settings);
     attach_inputs(*host_, options);
     host_->load(plugin_path(options));
+    float_view_ = FloatView::open(*host_, options);
+    if (float_view_) display_ = float_view_->choices();
     viewer_ = std::make_unique<sparkhost::Viewer>(*host_);
     host_->initialise(first);
     defaults_ = settings_of(*host_, false);
@@ -321,6 +324,7 @@ std::vector<std::string> Session::render_arguments(const std::string &setup_path
         if (!options_.inputs[clip].empty())
             arguments.insert(arguments.end(), {std::string("--") + sparkhost::clip_name(clip), options_.inputs[clip]});
     arguments.insert(arguments.end(), {"--setup", setup_name});
+    for (std::string &word : colour_arguments(options_.plates)) arguments.push_back(std::move(word));
     {
         std::lock_guard<std::mutex> lock(plugin_mutex_);
         if (preroll_) arguments.push_back("--preroll");

@@ -22,6 +22,8 @@
 #include "history.h"
 #include "sparkhost/state_cache.h"
 
+class FloatView;
+
 // A request the page made that cannot be carried out; the message is for the user.
 class RequestError : public std::runtime_error {
 public:
@@ -83,6 +85,11 @@ public:
     std::vector<std::string> render_arguments(const std::string &setup_path, const std::string &setup_name,
                                               const std::string &output, int first, int last);
 
+    // A float scene is shown through a display and view of the colour
+    // config; the choices are in state()'s "display". A RequestError
+    // when there is no float scene or the pair is unknown.
+    nlohmann::json choose_display(const std::string &display, const std::string &view);
+
     // --- no plug-in call ---------------------------------------------------------
     nlohmann::json state(uint64_t messages_after);
     Picture picture();
@@ -106,6 +113,7 @@ private:
     void log_message(const sparkhost::Message &message);
     bool ask(const std::string &text);
     void show(const sparkhost::Frame &frame);
+    void show_rgb(std::vector<uint8_t> rgb, int width, int height);
     void changed();
     void process_to(int frame);
     void restart_bubbles();
@@ -131,6 +139,7 @@ private:
     RenderOptions options_;
     std::unique_ptr<sparkhost::Host> host_;
     std::unique_ptr<sparkhost::Viewer> viewer_;
+    std::unique_ptr<FloatView> float_view_;  // with a float scene only
     std::mutex plugin_mutex_;
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
@@ -153,6 +162,7 @@ private:
     int busy_done_ = 0, busy_total_ = 0;
     Picture picture_;
     std::deque<Picture> recent_;
+    nlohmann::json display_;  // the float scene's display choices; null without one
     std::deque<LoggedMessage> messages_;
     uint64_t message_count_ = 0;
     size_t undoable_ = 0, redoable_ = 0;
