@@ -1,6 +1,8 @@
 // Options of scene-linear plates and the bubbles layer, and their checks.
 #include "render/plate_options.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "render/options.h"
@@ -19,17 +21,8 @@ std::string extension_of(const std::string &path) {
 
 }  // namespace
 
-void add_plate_options(CLI::App &app, RenderOptions &options) {
-    PlateOptions &plates = options.plates;
+void add_colour_options(CLI::App &app, PlateOptions &plates) {
     const char *group = "Scene-linear plates and layers";
-    app.add_option("--layer", plates.layer,
-                   "Also write the bubbles alone as premultiplied RGBA, e.g. out/bubbles.%04d.exr: "
-                   "the written frame is this layer over the scene")
-        ->group(group);
-    app.add_option("--layer-type", plates.layer_type_text,
-                   "Samples of the layer: half, float or uint16 (default: half in EXR, uint16 otherwise)")
-        ->group(group)
-        ->check(CLI::IsMember({"half", "float", "uint16"}));
     app.add_option("--colour-config", plates.colour_config,
                    "OpenColorIO config file (default: $OCIO, else OpenImageIO's built-in spaces)")
         ->group(group);
@@ -43,6 +36,42 @@ void add_plate_options(CLI::App &app, RenderOptions &options) {
         ->group(group)
         ->capture_default_str()
         ->each([&plates](const std::string &) { plates.working_space_given = true; });
+}
+
+bool may_hold_float(const std::string &pattern) {
+    const std::string extension = extension_of(pattern);
+    return extension == ".exr" || extension == ".tif" || extension == ".tiff" || extension == ".hdr" ||
+           extension == ".pfm";
+}
+
+std::string plate_space(const sparkhost::ColourConfig &config, const PlateOptions &plates, const std::string &pattern,
+                        const sparkhost::PlateInfo &info) {
+    if (!plates.scene_space.empty()) return plates.scene_space;
+    if (!info.colour_space.empty()) {
+        for (const std::string &name : config.spaces())
+            if (name.size() == info.colour_space.size() &&
+                std::equal(name.begin(), name.end(), info.colour_space.begin(),
+                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }))
+                return name;
+    }
+    if (std::string linear = config.role("scene_linear"); !linear.empty()) return linear;
+    if (std::string linear = config.role("linear"); !linear.empty()) return linear;
+    throw Error("'" + pattern + "': no colour space in the file and no scene_linear role in " + config.describe() +
+                "; name one with --scene-space");
+}
+
+void add_plate_options(CLI::App &app, RenderOptions &options) {
+    PlateOptions &plates = options.plates;
+    const char *group = "Scene-linear plates and layers";
+    app.add_option("--layer", plates.layer,
+                   "Also write the bubbles alone as premultiplied RGBA, e.g. out/bubbles.%04d.exr: "
+                   "the written frame is this layer over the scene")
+        ->group(group);
+    app.add_option("--layer-type", plates.layer_type_text,
+                   "Samples of the layer: half, float or uint16 (default: half in EXR, uint16 otherwise)")
+        ->group(group)
+        ->check(CLI::IsMember({"half", "float", "uint16"}));
+    add_colour_options(app, plates);
 }
 
 void check_plate_options(RenderOptions &options) {

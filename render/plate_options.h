@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -25,6 +26,16 @@ struct PlateOptions {
 };
 
 void add_plate_options(CLI::App &app, RenderOptions &options);
+// --colour-config, --scene-space and --working-space alone (fizzle-studio
+// takes these but writes no layer of its own).
+void add_colour_options(CLI::App &app, PlateOptions &plates);
+// Whether a file pattern may hold float samples (only those are probed, so
+// an 8-bit PNG scene costs no look at the plate library).
+bool may_hold_float(const std::string &pattern);
+// The colour space of a float file: --scene-space, else the file's own
+// claim, else the config's scene-linear role. Throws sparkhost::Error.
+std::string plate_space(const sparkhost::ColourConfig &config, const PlateOptions &plates, const std::string &pattern,
+                        const sparkhost::PlateInfo &info);
 // What can be checked without reading a file; throws sparkhost::Error
 // naming the option.
 void check_plate_options(RenderOptions &options);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "sparkhost/core/error.h"
 
@@ -84,9 +85,36 @@ PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey) {
     return layer;
 }
 
+namespace {
+
+// Splits a premultiplied pixel into the bubble's own colour, straight and at
+// most 1 in each channel, and the light it adds beyond its coverage:
+// colour = alpha × straight + light. Returns the channels with light, a bit
+// each, since a conversion need not keep 0 at 0.
+int split_light(float *pixel, float *light) {
+    const float alpha = pixel[3];
+    int channels = 0;
+    for (int c = 0; c < 3; ++c) {
+        if (alpha > 0.0f && pixel[c] <= alpha) {
+            pixel[c] /= alpha;
+            light[c] = 0.0f;
+        } else {
+            light[c] = alpha > 0.0f ? pixel[c] - alpha : pixel[c];
+            pixel[c] = alpha > 0.0f ? 1.0f : 0.0f;
+            if (light[c] != 0.0f) channels |= 1 << c;
+        }
+    }
+    light[3] = 0.0f;
+    return channels;
+}
+
+}  // namespace
+
 void convert_layer(PlateImage &layer, const ColourConversion &conversion) {
     if (conversion.identity()) return;
     if (layer.channels != 4) throw Error("a layer has four channels");
+    std::vector<float> light(std::size_t(layer.width) * 4);
+    std::vector<uint8_t> lit(std::size_t(layer.width));
     for (int y = 0; y < layer.height; ++y) {
         float *row = layer.row(y);
         // Runs of pixels with something in them go to the conversion
@@ -98,17 +126,25 @@ void convert_layer(PlateImage &layer, const ColourConversion &conversion) {
                 continue;
             }
             const int first = x;
-            while (x < layer.width && !empty_pixel(row + 4 * x)) {
-                float *pixel = row + 4 * x;
-                if (pixel[3] > 0.0f)
-                    for (int c = 0; c < 3; ++c) pixel[c] /= pixel[3];
-                ++x;
+            bool any_light = false;
+            for (; x < layer.width && !empty_pixel(row + 4 * x); ++x) {
+                lit[x] = split_light(row + 4 * x, &light[4 * std::size_t(x)]);
+                any_light = any_light || lit[x] != 0;
             }
-            conversion.apply(row + 4 * first, std::size_t(x - first), 4);
+            const std::size_t count = std::size_t(x - first);
+            conversion.apply(row + 4 * first, count, 4);
+            if (any_light) conversion.apply(&light[4 * std::size_t(first)], count, 4);
+            // The colour is premultiplied again; the light is added as light
+            // over black, so a highlight where coverage is small stays as
+            // bright as it looked and never goes through the curve divided by
+            // that small coverage.
             for (int at = first; at < x; ++at) {
                 float *pixel = row + 4 * at;
-                if (pixel[3] > 0.0f)
-                    for (int c = 0; c < 3; ++c) pixel[c] *= pixel[3];
+                const float *added = &light[4 * std::size_t(at)];
+                for (int c = 0; c < 3; ++c) {
+                    pixel[c] = pixel[3] > 0.0f ? pixel[c] * pixel[3] : 0.0f;
+                    if (lit[at] & (1 << c)) pixel[c] += added[c];
+                }
             }
         }
     }

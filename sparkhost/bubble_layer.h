@@ -29,9 +29,11 @@ Frame constant_frame(const FrameFormat &format, int level);
 // four channels.
 PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey);
 
-// Converts a premultiplied layer's colours (un-premultiplied first, then
-// premultiplied again); empty pixels stay exactly 0, and a pixel with colour
-// but no coverage (pure added light) is converted as it is.
+// Converts a premultiplied layer's colours. The bubble's own colour (up to
+// its coverage) is un-premultiplied, converted and premultiplied again; light
+// a bubble adds beyond its coverage (highlights, or colour with no coverage
+// at all) is converted as it is, as light over black, and added. Empty
+// pixels stay exactly 0.
 void convert_layer(PlateImage &layer, const ColourConversion &conversion);
 
 // `layer` over `plate`, in place, in float: colour + plate × (1 − alpha) for

@@ -9,7 +9,7 @@
 namespace sparkhost {
 
 // Bumped whenever the table changes, so a stale module is refused.
-constexpr int kPlateCodecVersion = 1;
+constexpr int kPlateCodecVersion = 2;
 
 struct PlateCodec {
     int version;

@@ -83,6 +83,14 @@ public:
                                                                const std::string &to) const = 0;
     // What the config is, for messages: its file, or "OpenImageIO's built-in spaces".
     virtual std::string describe() const = 0;
+    // The displays and each display's views, the default first.
+    virtual std::vector<std::string> displays() const = 0;
+    virtual std::vector<std::string> views(const std::string &display) const = 0;
+    // From a space to what a display shows through one of its views. Throws
+    // Error naming the displays or views available when either is unknown.
+    virtual std::shared_ptr<const ColourConversion> display_conversion(const std::string &from,
+                                                                       const std::string &display,
+                                                                       const std::string &view) const = 0;
 };
 
 // Throws Error (one line naming the file and the library's reason) when the

@@ -27,14 +27,6 @@ std::string lower_extension(const std::string &path) {
     return extension;
 }
 
-// Files that may hold float samples: only these are probed, so an 8-bit
-// PNG scene costs no look at the plate library.
-bool may_be_float(const std::string &pattern) {
-    const std::string extension = lower_extension(pattern);
-    return extension == ".exr" || extension == ".tif" || extension == ".tiff" || extension == ".hdr" ||
-           extension == ".pfm";
-}
-
 bool exists(const std::string &path) {
     std::error_code error;
     return std::filesystem::exists(path, error);
@@ -50,10 +42,10 @@ PlateOutput::PlateOutput(sparkhost::Host &host, const RenderOptions &options,
     const std::string &scene = options.inputs[sparkhost::kScene];
     const std::string &reflection = options.inputs[sparkhost::kReflection];
     const bool float_reflection =
-        !reflection.empty() && may_be_float(reflection) &&
+        !reflection.empty() && may_hold_float(reflection) &&
         sparkhost::probe_plate(sparkhost::FramePattern(reflection).path(options.first_frame)).is_float();
     sparkhost::PlateInfo scene_info;
-    if (!scene.empty() && may_be_float(scene)) {
+    if (!scene.empty() && may_hold_float(scene)) {
         scene_info = sparkhost::probe_plate(scene_.path(scene_.is_sequence() ? options.first_frame : 0));
         float_scene_ = scene_info.is_float();
     }
@@ -123,19 +115,7 @@ PlateOutput::~PlateOutput() {
 }
 
 std::string PlateOutput::space_of(const std::string &pattern, const sparkhost::PlateInfo &info) const {
-    const PlateOptions &plates = options_.plates;
-    if (!plates.scene_space.empty()) return plates.scene_space;
-    if (!info.colour_space.empty()) {
-        for (const std::string &name : config_->spaces())
-            if (name.size() == info.colour_space.size() &&
-                std::equal(name.begin(), name.end(), info.colour_space.begin(),
-                           [](char a, char b) { return std::tolower(a) == std::tolower(b); }))
-                return name;
-    }
-    if (std::string linear = config_->role("scene_linear"); !linear.empty()) return linear;
-    if (std::string linear = config_->role("linear"); !linear.empty()) return linear;
-    throw Error("'" + pattern + "': no colour space in the file and no scene_linear role in " + config_->describe() +
-                "; name one with --scene-space");
+    return plate_space(*config_, options_.plates, pattern, info);
 }
 
 bool PlateOutput::frame_exists(int frame) const {

@@ -60,14 +60,16 @@ bool Session::answer_confirm(uint64_t id, bool yes) {
     return true;
 }
 
-void Session::show(const sparkhost::Frame &frame) {
-    auto rgb = std::make_shared<const std::vector<uint8_t>>(rgb_top_down(frame));
+void Session::show(const sparkhost::Frame &frame) { show_rgb(rgb_top_down(frame), frame.width(), frame.height()); }
+
+void Session::show_rgb(std::vector<uint8_t> rgb, int width, int height) {
+    auto shared = std::make_shared<const std::vector<uint8_t>>(std::move(rgb));
     std::lock_guard<std::mutex> lock(state_mutex_);
     recent_.push_back(picture_);
     if (recent_.size() > kRecentPictures) recent_.pop_front();
-    picture_.rgb = std::move(rgb);
-    picture_.width = frame.width();
-    picture_.height = frame.height();
+    picture_.rgb = std::move(shared);
+    picture_.width = width;
+    picture_.height = height;
     picture_.version = ++version_;
 }
 
@@ -94,6 +96,7 @@ json Session::state(uint64_t messages_after) {
                    {"undo", undoable_},   {"redo", redoable_}};
     if (!busy_.empty()) answer["busy"] = {{"what", busy_}, {"done", busy_done_}, {"total", busy_total_}};
     if (question_) answer["question"] = {{"id", question_->first}, {"text", question_->second}};
+    if (!display_.is_null()) answer["display"] = display_;
     return answer;
 }
 

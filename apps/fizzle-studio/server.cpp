@@ -172,6 +172,27 @@ std::string shown_name(const std::string &asked) {
     return normal.empty() ? asked : normal;
 }
 
+// The bubbles layer the render panel asks for: "layer", a pattern beside the
+// frames (the render reaches their folder through the one descriptor it
+// inherits), and "layer_type"; none when "layer" is absent or empty.
+struct AskedLayer {
+    std::string pattern;  // as the command line names it; empty: no layer
+    std::string type;
+};
+AskedLayer asked_layer(const json &body, const std::string &output, const std::string &folder) {
+    const std::string layer = body.contains("layer") ? field<std::string>(body, "layer") : "";
+    const std::string type = body.contains("layer_type") ? field<std::string>(body, "layer_type") : "";
+    if (layer.empty()) return {};
+    namespace fs = std::filesystem;
+    const fs::path asked = fs::path(shown_name(layer)), frames = fs::path(shown_name(output));
+    if (asked.parent_path() != frames.parent_path() || !asked.has_filename())
+        throw RequestError("the layer is written beside the frames: give it the output's folder ('" +
+                           frames.parent_path().string() + "')");
+    if (!type.empty() && type != "half" && type != "float" && type != "uint16")
+        throw RequestError("the layer's type is half, float or uint16, not '" + type + "'");
+    return {folder + asked.filename().string(), type};
+}
+
 WorkFiles::Place place_of(const WorkFiles &files, const std::string &asked) {
     std::optional<WorkFiles::Place> place = files.place(asked);
     if (!place) throw Refusal{404, "'" + asked + "' is not a file under the working directory"};
@@ -479,6 +500,12 @@ void StudioServer::routes() {
         PluginTurn turn(plugin_requests_);
         send_json(response, session_.set_range(first, last));
     }));
+    server.Post("/api/display", guarded([this](const httplib::Request &request, httplib::Response &response) {
+        const json body = body_of(request);
+        const std::string display = text_field(body, "display"), view = text_field(body, "view");
+        PluginTurn turn(plugin_requests_);
+        send_json(response, session_.choose_display(display, view));
+    }));
     server.Post("/api/key", guarded([this](const httplib::Request &request, httplib::Response &response) {
         const int number = integer_field(body_of(request), "number");
         PluginTurn turn(plugin_requests_);
@@ -537,9 +564,11 @@ void StudioServer::routes() {
         place_of(work_, output);
         std::vector<std::string> words = {work_.relative(paths_.render_program)};
         PluginTurn turn(plugin_requests_);
+        const std::string frames_folder = std::filesystem::path(shown_name(output)).parent_path().string();
+        const AskedLayer layer = asked_layer(body, output, frames_folder.empty() ? "" : frames_folder + "/");
         naming(setup_file.path(), setup, [&] {
-            for (std::string &word :
-                 session_.render_arguments(setup_file.path(), shown_name(setup), shown_name(output), first, last))
+            for (std::string &word : session_.render_arguments(setup_file.path(), shown_name(setup), shown_name(output),
+                                                               first, last, layer.pattern, layer.type))
                 words.push_back(std::move(word));
         });
         send_json(response, {{"command", shell_command(words)}});
@@ -556,11 +585,12 @@ void StudioServer::routes() {
         const WorkFiles::Place setup = setup_place(work_, folder + "fizzle-studio-render.json");
         // fizzle-render reaches the folder through the descriptor it inherits.
         const std::string held = descriptor_path(frames.folder.get());
+        const AskedLayer layer = asked_layer(body, output, held + "/");
         std::vector<std::string> arguments;
         PluginTurn turn(plugin_requests_);
         naming(setup.path(), folder + "fizzle-studio-render.json", [&] {
             arguments = session_.render_arguments(held + "/" + setup.name, held + "/" + setup.name,
-                                                  held + "/" + frames.name, first, last);
+                                                  held + "/" + frames.name, first, last, layer.pattern, layer.type);
         });
         arguments.push_back("--quiet");
         const std::string problem = render_.start(paths_.render_program, arguments, std::move(frames.folder),

@@ -9,6 +9,7 @@
 #include "render/control_options.h"
 #include "render/host_setup.h"
 #include "render/render_command.h"
+#include "float_view.h"
 #include "page_json.h"
 #include "sparkhost/controls/control_log.h"
 #include "sparkhost/controls/curves.h"
@@ -34,6 +35,8 @@ Session::Session(const RenderOptions &options, const std::string &working_dir, i
     host_ = std::make_unique<sparkhost::Host>(settings);
     attach_inputs(*host_, options);
     host_->load(plugin_path(options));
+    float_view_ = FloatView::open(*host_, options);
+    if (float_view_) display_ = float_view_->choices();
     viewer_ = std::make_unique<sparkhost::Viewer>(*host_);
     host_->initialise(first);
     defaults_ = settings_of(*host_, false);
@@ -309,7 +312,8 @@ json Session::import_amplitude(const std::optional<std::string> &path) {
 }
 
 std::vector<std::string> Session::render_arguments(const std::string &setup_path, const std::string &setup_name,
-                                                   const std::string &output, int first, int last) {
+                                                   const std::string &output, int first, int last,
+                                                   const std::string &layer, const std::string &layer_type) {
     save_setup(setup_path);
     // The studio's own size, depth, aspect and clips; the rest is this render's.
     RenderCommand command = render_command(options_);
@@ -321,6 +325,8 @@ std::vector<std::string> Session::render_arguments(const std::string &setup_path
     command.first_frame = first;
     command.last_frame = last;
     command.output = output;
+    command.layer = layer;
+    command.layer_type = layer_type;
     return ::render_arguments(command);
 }
 

@@ -22,6 +22,8 @@
 #include "history.h"
 #include "sparkhost/core/state_cache.h"
 
+class FloatView;
+
 // A request the page made that cannot be carried out; the message is for the user.
 class RequestError : public std::runtime_error {
 public:
@@ -79,9 +81,16 @@ public:
     // browser, and the answer says what the plug-in asked to browse for.
     nlohmann::json import_amplitude(const std::optional<std::string> &path);
     // The fizzle-render arguments that render what the viewer shows, with the
-    // setup saved as setup_path (named setup_name on the command line).
+    // setup saved as setup_path (named setup_name on the command line), and
+    // the bubbles layer when one is asked for (empty: none).
     std::vector<std::string> render_arguments(const std::string &setup_path, const std::string &setup_name,
-                                              const std::string &output, int first, int last);
+                                              const std::string &output, int first, int last,
+                                              const std::string &layer = "", const std::string &layer_type = "");
+
+    // A float scene is shown through a display and view of the colour
+    // config; the choices are in state()'s "display". A RequestError
+    // when there is no float scene or the pair is unknown.
+    nlohmann::json choose_display(const std::string &display, const std::string &view);
 
     // --- no plug-in call ---------------------------------------------------------
     nlohmann::json state(uint64_t messages_after);
@@ -106,6 +115,7 @@ private:
     void log_message(const sparkhost::Message &message);
     bool ask(const std::string &text);
     void show(const sparkhost::Frame &frame);
+    void show_rgb(std::vector<uint8_t> rgb, int width, int height);
     void changed();
     void process_to(int frame);
     void restart_bubbles();
@@ -131,6 +141,7 @@ private:
     RenderOptions options_;
     std::unique_ptr<sparkhost::Host> host_;
     std::unique_ptr<sparkhost::Viewer> viewer_;
+    std::unique_ptr<FloatView> float_view_;  // with a float scene only
     std::mutex plugin_mutex_;
     bool preroll_ = false;  // the bubbles were last restarted with a pre-roll
     bool uninitialised_ = false;
@@ -153,6 +164,7 @@ private:
     int busy_done_ = 0, busy_total_ = 0;
     Picture picture_;
     std::deque<Picture> recent_;
+    nlohmann::json display_;  // the float scene's display choices; null without one
     std::deque<LoggedMessage> messages_;
     uint64_t message_count_ = 0;
     size_t undoable_ = 0, redoable_ = 0;

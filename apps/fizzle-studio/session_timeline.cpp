@@ -6,6 +6,7 @@
 
 #include "render/checkpoints.h"
 #include "render/control_options.h"
+#include "float_view.h"
 #include "sparkhost/core/error.h"
 
 using nlohmann::json;
@@ -19,6 +20,16 @@ constexpr size_t kShelvedBytes = size_t(256) << 20;
 }  // namespace
 
 void Session::process_to(int frame) {
+    if (float_view_) {
+        float_view_->render(*host_, frame);
+        viewer_->set_frame(frame);
+        {
+            std::lock_guard<std::mutex> lock(state_mutex_);
+            frame_ = frame;
+        }
+        show_rgb(float_view_->picture(), options_.format.width, options_.format.height);
+        return;
+    }
     std::optional<sparkhost::Frame> picture = host_->process(frame);
     if (!picture) throw sparkhost::Error(host_->last_failure());
     viewer_->set_frame(frame);
@@ -27,6 +38,23 @@ void Session::process_to(int frame) {
         frame_ = frame;
     }
     show(*picture);
+}
+
+json Session::choose_display(const std::string &display, const std::string &view) {
+    auto lock = plugin_lock();
+    if (!float_view_) throw RequestError("the scene is not a float image: there is no display to choose");
+    try {
+        float_view_->choose(display, view);
+    } catch (const sparkhost::Error &error) {
+        throw RequestError(error.what());
+    }
+    {
+        std::lock_guard<std::mutex> state(state_mutex_);
+        display_ = float_view_->choices();
+    }
+    show_rgb(float_view_->picture(), options_.format.width, options_.format.height);
+    std::lock_guard<std::mutex> state(state_mutex_);
+    return {{"picture", picture_.version}, {"display", display_}};
 }
 
 void Session::settings_changed() {

@@ -41,6 +41,7 @@ void add_studio_options(CLI::App &app, StudioOptions &options) {
     app.add_option("--cache-every", render.cache_every, "Save a checkpoint after every Nth frame")
         ->capture_default_str()
         ->check(CLI::Range(1, 1000000));
+    add_colour_options(app, render.plates);
     app.add_option("--plugin", render.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
     app.add_option("--port", options.port, "Port to listen on; 0 picks a free one")
         ->capture_default_str()

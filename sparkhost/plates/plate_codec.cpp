@@ -186,7 +186,40 @@ public:
         return path_.empty() ? "OpenImageIO's built-in spaces" : quoted(path_);
     }
 
+    std::vector<std::string> displays() const override {
+        return default_first(config_.getDisplayNames(), config_.getDefaultDisplayName());
+    }
+    std::vector<std::string> views(const std::string &display) const override {
+        return default_first(config_.getViewNames(display), config_.getDefaultViewName(display));
+    }
+    std::shared_ptr<const ColourConversion> display_conversion(const std::string &from, const std::string &display,
+                                                               const std::string &view) const override {
+        require_space(from);
+        require_member("display", display, displays());
+        require_member("view", view, views(display));
+        std::lock_guard<std::mutex> lock(mutex_);
+        OIIO::ColorProcessorHandle processor = config_.createDisplayTransform(display, view, from);
+        if (!processor)
+            throw Error("colour config " + describe() + ": no display transform from " + quoted(from) + " to " +
+                        quoted(display) + " " + quoted(view) + ": " +
+                        one_line(const_cast<OIIO::ColorConfig &>(config_).geterror()));
+        return std::make_shared<ProcessorConversion>(std::move(processor));
+    }
+
 private:
+    static std::vector<std::string> default_first(std::vector<std::string> names, const char *first) {
+        const std::string wanted = first ? first : "";
+        auto found = std::find(names.begin(), names.end(), wanted);
+        if (found != names.end()) std::rotate(names.begin(), found, found + 1);
+        return names;
+    }
+    void require_member(const char *what, const std::string &name, const std::vector<std::string> &names) const {
+        if (std::find(names.begin(), names.end(), name) != names.end()) return;
+        std::string list;
+        for (const std::string &one : names) list += (list.empty() ? "" : ", ") + one;
+        throw Error(std::string("unknown ") + what + " " + quoted(name) + " in " + describe() +
+                    "; available: " + (list.empty() ? "none" : list));
+    }
     void require_space(const std::string &name) const {
         const std::vector<std::string> names = spaces();
         // Space names are not case-sensitive in the configuration either.

@@ -2,6 +2,7 @@
 // oiiotool's over and against the plate's own bits.
 #include <OpenImageIO/imagebuf.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -74,10 +75,12 @@ TEST_F(PlatesRender, FloatPlateKeepsItsBitsOutsideTheBubblesAndIsTheLayerOverItI
                                  .c_str()));
     const Pixels reference = read_pixels(path("reference.exr"), 3);
     std::size_t empty = 0, covered = 0;
+    float brightest_thin = 0;  // the layer's largest colour where coverage is under 0.1
     for (std::size_t i = 0; i < std::size_t(kWidth) * kHeight; ++i) {
         const float *l = &layer[i * 4];
         const bool is_empty = l[0] == 0 && l[1] == 0 && l[2] == 0 && l[3] == 0;
         (is_empty ? empty : covered) += 1;
+        if (l[3] < 0.1f) brightest_thin = std::max({brightest_thin, l[0], l[1], l[2]});
         for (int c = 0; c < 3; ++c) {
             const std::size_t at = i * 3 + c;
             if (is_empty) {
@@ -90,6 +93,10 @@ TEST_F(PlatesRender, FloatPlateKeepsItsBitsOutsideTheBubblesAndIsTheLayerOverItI
     }
     EXPECT_GT(covered, 100u);
     EXPECT_GT(empty, 1000u);
+    // Highlights beyond a bubble's coverage are light over black: converted
+    // to linear they stay within what white over black gives.
+    EXPECT_GT(brightest_thin, 0.0f);
+    EXPECT_LE(brightest_thin, 1.1f);
 }
 
 TEST_F(PlatesRender, NonFiniteSceneValuesAreKeptWhereNoBubbleFallsWithOneWarning) {

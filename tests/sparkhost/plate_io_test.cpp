@@ -144,3 +144,56 @@ TEST(BubbleLayer, ConversionKeepsEmptyPixelsAtZeroAndWorksOnStraightColour) {
     EXPECT_NEAR(layer.pixels[4], straight[0] * 0.5f, 1e-6);
     EXPECT_FLOAT_EQ(layer.pixels[7], 0.5f);
 }
+
+TEST(BubbleLayer, LightBeyondCoverageIsConvertedAsLightOverBlackNotDividedByTheCoverage) {
+    auto config = sparkhost::open_colour_config(config_path());
+    auto to_linear = config->conversion("sRGB", "lin_rec709");
+    auto linear = [&to_linear](float value) {
+        float pixel[3] = {value, value, value};
+        to_linear->apply(pixel, 1, 3);
+        return pixel[0];
+    };
+    // A highlight at coverage 0.01 (red far beyond it, green within it), and
+    // light with no coverage at all.
+    PlateImage layer(2, 1, 4);
+    const float values[] = {0.38f, 0.005f, 0.0f, 0.01f, 0.2f, 0.2f, 0.2f, 0.0f};
+    std::copy(std::begin(values), std::end(values), layer.pixels.begin());
+    sparkhost::convert_layer(layer, *to_linear);
+    EXPECT_NEAR(layer.pixels[0], 0.01f + linear(0.37f), 1e-6);
+    EXPECT_NEAR(layer.pixels[1], 0.01f * linear(0.5f), 1e-7);
+    EXPECT_EQ(layer.pixels[2], 0.0f);
+    EXPECT_FLOAT_EQ(layer.pixels[3], 0.01f);
+    for (int c = 4; c < 7; ++c) EXPECT_NEAR(layer.pixels[c], linear(0.2f), 1e-6);
+    EXPECT_EQ(layer.pixels[7], 0.0f);
+}
+
+TEST(ColourConfig, DisplayTransformAgreesWithOiiotoolAndNamesWhatThereIs) {
+    auto config = sparkhost::open_colour_config(config_path());
+    EXPECT_EQ(config->displays(), std::vector<std::string>{"sRGB"});
+    EXPECT_EQ(config->views("sRGB"), (std::vector<std::string>{"Display", "Raw"}));
+    // Scene-linear values from below 0 to far above 1, through the view.
+    PlateImage image(6, 1, 3);
+    const float values[] = {-0.05f, 0.0f, 0.002f, 0.18f, 0.5f, 1.0f, 2.0f, 16.0f, 0.01f};
+    for (std::size_t i = 0; i < image.pixels.size(); ++i) image.pixels[i] = values[i % 9];
+    const std::string in = output_path("display_in.exr"), reference = output_path("display_reference.exr");
+    sparkhost::AtomicFile file(in);
+    sparkhost::write_plate(file, image, sparkhost::SampleType::Float, "");
+    file.commit();
+    const std::string command = "oiiotool --colorconfig '" + config_path() + "' '" + in +
+                                "' --iscolorspace lin_rec709 --ociodisplay sRGB Display -d float -o '" + reference +
+                                "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    const PlateImage expected = sparkhost::read_plate(reference);
+    config->display_conversion("lin_rec709", "sRGB", "Display")->apply(image.pixels.data(), 6, 3);
+    ASSERT_EQ(expected.pixels.size(), image.pixels.size());
+    for (std::size_t i = 0; i < image.pixels.size(); ++i)
+        EXPECT_NEAR(image.pixels[i], expected.pixels[i], 1e-5 * std::max(1.0f, std::fabs(expected.pixels[i]))) << i;
+
+    try {
+        config->display_conversion("lin_rec709", "sRGB", "Film");
+        FAIL();
+    } catch (const sparkhost::Error &error) {
+        EXPECT_NE(std::string(error.what()).find("'Film'"), std::string::npos) << error.what();
+        EXPECT_NE(std::string(error.what()).find("Display, Raw"), std::string::npos) << error.what();
+    }
+}

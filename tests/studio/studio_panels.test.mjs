@@ -2,6 +2,7 @@
 // plug-in hides, in a real browser.
 import { test, before, after } from 'node:test';
 import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
 import { copyFileSync, mkdirSync, readdirSync, readFileSync, writeFileSync, existsSync } from 'node:fs';
 import path from 'node:path';
 import { buildDir, startStudio, stopStudio, launchBrowser, makeWorkDir } from './studio_harness.mjs';
@@ -18,7 +19,8 @@ before(async () => {
   writeFileSync(path.join(work, 'notes.txt'), 'notes\n');
   mkdirSync(path.join(work, 'takes'));
   mkdirSync(path.join(work, 'renders'));
-  studio = await startStudio(work, ['--size', '320x180', '--preset', 'Basic']);
+  studio = await startStudio(work, ['--size', '320x180', '--preset', 'Basic',
+    '--colour-config', path.join(data, 'scene_linear.ocio')]);
   browser = await launchBrowser();
 });
 
@@ -104,6 +106,41 @@ test('a frame range renders to files with progress, and Cancel leaves only whole
   }
   assert.ok(existsSync(path.join(work, 'renders', 'fizzle-studio-render.json')));
   assert.deepEqual(names.filter((name) => !frames.includes(name)), ['fizzle-studio-render.json']);
+  await page.close();
+});
+
+test('the render panel writes the bubbles layer beside the frames, and its command lines carry the layer and the colour options', async () => {
+  const page = await openPage();
+  await page.locator('#render summary').click();
+  const panel = page.locator('#render');
+  await panel.getByLabel('Output').fill('layered/f.####.png');
+  await panel.getByLabel('Layer', { exact: true }).fill('layered/b.####.exr');
+  await panel.getByLabel('Layer type').selectOption('float');
+  await panel.getByLabel('From', { exact: true }).fill('1');
+  await panel.getByLabel('To', { exact: true }).fill('2');
+  await page.getByRole('button', { name: 'Render', exact: true }).click();
+  await page.waitForFunction(() => /finished/.test(document.getElementById('render-status').textContent), null,
+    { timeout: 60000 });
+  for (const frame of ['0001', '0002']) {
+    const info = execFileSync('oiiotool', ['--info', path.join(work, 'layered', `b.${frame}.exr`)]).toString();
+    assert.match(info, /320 x\s+180, 4 channel, float/, info);
+  }
+
+  await page.getByRole('button', { name: 'Copy command line' }).click();
+  await page.waitForFunction(() => document.getElementById('command').value.length > 0);
+  const command = await page.locator('#command').inputValue();
+  assert.match(command, /--colour-config \S*scene_linear\.ocio /);
+  assert.match(command, / --layer 'layered\/b\.####\.exr' --layer-type float /);
+  assert.match(command, / -o 'layered\/f\.####\.png'$/);
+
+  // Elsewhere than the frames' folder the render could not reach it: refused at once, in words.
+  const refused = await fetch(`${studio.base}/api/render?token=${studio.token}`, {
+    method: 'POST', headers: { 'Content-Type': 'application/json' },
+    body: JSON.stringify({ output: 'layered/f.####.png', layer: 'takes/b.####.exr', first: 1, last: 1 }),
+  });
+  assert.equal(refused.status, 400);
+  assert.match((await refused.json()).error, /beside the frames/);
+  assert.deepEqual(page.problems, []);
   await page.close();
 });
 

@@ -6,7 +6,7 @@ import { showPicture } from './pictures.js';
 import { fetchOverlay, drawOverlay, setUpViewer, pen } from './viewer.js';
 import { buildControls, loadControls, showControls } from './controls.js';
 import { setUpTimeline, showTimeline } from './timeline.js';
-import { setUpPanels, showMessages, showQuestion, showBusy, showRender } from './panels.js';
+import { setUpPanels, showMessages, showQuestion, showBusy, showRender, showDisplay } from './panels.js';
 import { setUpUndo, showUndo } from './undo.js';
 
 async function refresh(answer = {}, context = {}) {
@@ -36,6 +36,7 @@ async function poll() {
     showQuestion(state.question);
     showBusy(state.busy);
     showRender(state.render);
+    showDisplay(state.display);
     showTimeline(state);
     showUndo(state);
     // Not awaited: a refresh waits for the plug-in, which may itself be

@@ -52,6 +52,11 @@ async function mayReplace(name) {
   return ask(`"${name}" exists already. Replace it?`);
 }
 
+// The bubbles layer of the render panel, as the render and command line take it.
+function layerFields() {
+  return { layer: $('render-layer').value.trim(), layer_type: $('render-layer-type').value };
+}
+
 export function setUpPanels() {
   $('setup-load').onclick = async () => {
     const file = await chooseFile('Load setup', '.json');
@@ -70,7 +75,7 @@ export function setUpPanels() {
     const setup = $('setup-path').value.trim();
     if (!(await mayReplace(setup))) return;
     const answer = await act('/api/command', {
-      setup, output: $('render-output').value.trim(), first: view.first, last: view.frame,
+      setup, output: $('render-output').value.trim(), first: view.first, last: view.frame, ...layerFields(),
     });
     if (!answer) return;
     $('command').value = answer.command;
@@ -85,12 +90,16 @@ export function setUpPanels() {
   $('render-start').onclick = async () => {
     const answer = await act('/api/render', {
       output: $('render-output').value.trim(),
-      first: Number($('render-first').value), last: Number($('render-last').value),
+      first: Number($('render-first').value), last: Number($('render-last').value), ...layerFields(),
     });
     // A render quicker than a poll is announced all the same.
     if (answer) renderWasRunning = true;
   };
   $('render-cancel').onclick = () => act('/api/render/cancel', {});
+  $('display-view').addEventListener('change', () => {
+    const choice = JSON.parse(displayChoices || '[]')[Number($('display-view').value)];
+    if (choice) act('/api/display', { display: choice.display, view: choice.view });
+  });
   $('key-set').onclick = () => act('/api/key', { number: Number($('key-control').value) });
   $('key-clear').onclick = () => act('/api/unkey', { number: Number($('key-control').value) });
   $('key-control').addEventListener('change', showKeys);
@@ -154,6 +163,22 @@ export function showBusy(busy) {
   $('busy-label').textContent = busy.what;
   $('busy-progress').max = busy.total;
   $('busy-progress').value = busy.done;
+}
+
+// A float scene is shown through one of the colour config's displays and
+// views; the choice is offered when there is more than one.
+let displayChoices = '';
+export function showDisplay(display) {
+  const choices = display?.choices ?? [];
+  $('display-choice').hidden = choices.length < 2;
+  const select = $('display-view');
+  const listed = JSON.stringify(choices);
+  if (listed !== displayChoices) {
+    displayChoices = listed;
+    select.replaceChildren(...choices.map((choice, i) => new Option(`${choice.display}: ${choice.view}`, String(i))));
+  }
+  const chosen = choices.findIndex((choice) => choice.display === display.display && choice.view === display.view);
+  if (chosen >= 0 && document.activeElement !== select) select.value = String(chosen);
 }
 
 let renderWasRunning = false;
