@@ -157,9 +157,14 @@ void DefaultClip::fill(int number, const FrameFormat &format, Frame &into) {
         draw_scene(number, format, into);
         return;
     }
+    into.assign(*held(number, format));
+}
+
+const Frame *DefaultClip::held(int number, const FrameFormat &format) {
+    if (clip_ == kScene) return nullptr;
     if (!still_ || still_->format() != format)
         still_ = std::make_unique<Frame>(default_frame(clip_, number, format));
-    into.assign(*still_);
+    return still_.get();
 }
 
 bool DefaultClip::changes() const { return clip_ == kScene; }
