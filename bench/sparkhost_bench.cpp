@@ -37,6 +37,14 @@ static void BM_DefaultScene1080(benchmark::State &state) {
 }
 BENCHMARK(BM_DefaultScene1080)->Arg(8)->Arg(12)->Unit(benchmark::kMillisecond);
 
+// The built-in still pictures, drawn once when a render starts.
+static void BM_DefaultStills1080(benchmark::State &state) {
+    const FrameFormat format{1920, 1080, state.range(0) == 12 ? Depth::Bits12 : Depth::Bits8};
+    for (auto _ : state)
+        for (int clip : {kBirth, kBurst, kReflection}) benchmark::DoNotOptimize(default_frame(clip, 1, format));
+}
+BENCHMARK(BM_DefaultStills1080)->Arg(8)->Arg(12)->Unit(benchmark::kMillisecond);
+
 static void BM_WriteFrame1080(benchmark::State &state, const char *extension) {
     Frame frame = default_frame(kScene, 1, FrameFormat{1920, 1080, Depth::Bits8});
     std::string path = (std::filesystem::temp_directory_path() / "sparkhost_bench.").string() + extension;

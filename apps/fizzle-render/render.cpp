@@ -25,6 +25,7 @@
 #include "timings.h"
 #include "sparkhost/files/atomic_file.h"
 #include "sparkhost/core/error.h"
+#include "sparkhost/core/memory_policy.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/files/frame_writer.h"
 #include "sparkhost/files/image_io.h"
@@ -178,7 +179,11 @@ int render(const RenderOptions &options) {
     sparkhost::FramePattern output(options.output);
     // Catching up never goes past the first frame, except when filling the cache.
     if (!options.simulate_only) host.read_ahead(options.first_frame, options.last_frame);
-    sparkhost::FrameWriter writer(output, options.compression);
+    // Each frame queued or being encoded is held whole: 50 MB at 4K 12-bit,
+    // where one encoder keeps up with the render on two processors.
+    const sparkhost::FrameFormat &format = host.settings().format;
+    sparkhost::FrameWriter writer(output, options.compression, sparkhost::frames_in_flight(format, 3),
+                                  sparkhost::frames_in_flight(format, 2));
     if (options.writes_frames()) sparkhost::preload_image_io();
     const int start = shot.catch_up();
     if (options.simulate_only) host.read_ahead(start, options.last_frame);
@@ -212,7 +217,7 @@ int render(const RenderOptions &options) {
             const auto handing = RenderTimings::Clock::now();
             timings.waited_for_library(std::chrono::duration<double>(handing - checking).count());
             sparkhost::Frame picture = writer.take_buffer();
-            picture.assign(host.output_buffer());
+            host.take_output(picture);
             overlay.apply(frame, picture);
             writer.submit(frame, std::move(picture));
             timings.handed_over(std::chrono::duration<double>(RenderTimings::Clock::now() - handing).count());

@@ -68,6 +68,21 @@ void paint(Frame &frame, const FrameFormat &format, Shader shade) {
     }
 }
 
+// Rounds one row of colours (red, green, blue, red, ...) into a frame row as
+// paint() rounds each pixel; a plain loop over samples, which the compiler
+// runs several samples at a time.
+void store_row(const std::vector<double> &colours, Depth depth, uint8_t *out) {
+    const std::size_t samples = colours.size();
+    if (depth == Depth::Bits12) {
+        for (std::size_t i = 0; i < samples; ++i) {
+            const uint16_t word = uint16_t(quantize16(to16(colours[i]), depth) << 4);
+            std::memcpy(out + 2 * i, &word, 2);
+        }
+    } else {
+        for (std::size_t i = 0; i < samples; ++i) out[i] = uint8_t(quantize16(to16(colours[i]), depth));
+    }
+}
+
 template <class Shader>
 Frame paint(const FrameFormat &format, Shader shade) {
     Frame frame;
@@ -79,11 +94,13 @@ Frame paint(const FrameFormat &format, Shader shade) {
 // that give the very same bytes: values that depend only on the row or only
 // on the column are computed once for it, and far from the disc is black.
 
+// White rows along the bottom tenth, black (all bytes 0) above.
 Frame birth_matte(const FrameFormat &format) {
-    return paint(format, [&](int, int y, double, double) {
-        double white = y * 10 < format.height ? 1.0 : 0.0;
-        return Colour{white, white, white};
-    });
+    Frame frame(format);
+    std::vector<uint8_t> white(format.row_bytes());
+    store_row(std::vector<double>(std::size_t(format.width) * 3, 1.0), format.depth, white.data());
+    for (int y = 0; y * 10 < format.height; ++y) std::memcpy(frame.row(y), white.data(), white.size());
+    return frame;
 }
 
 Frame burst_matte(const FrameFormat &format) {
@@ -114,18 +131,21 @@ Frame reflection(const FrameFormat &format) {
         double u = (x + 0.5) / format.width;
         rainbow[std::size_t(x)] = {triangle(u * 1.5), triangle(u * 1.5 + 1.0 / 3.0), triangle(u * 1.5 + 2.0 / 3.0)};
     }
-    int row = -1;
-    double light = 0.0, window = 0.0;
-    return paint(format, [&](int x, int y, double, double v) {
-        if (y != row) {
-            row = y;
-            light = 0.3 + 0.6 * v;
-            window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
+    Frame frame(format);
+    std::vector<double> colours(std::size_t(format.width) * 3);
+    for (int y = 0; y < format.height; ++y) {
+        const double v = (y + 0.5) / format.height;
+        const double light = 0.3 + 0.6 * v;
+        const double window = smoothstep(0.70, 0.78, v) * (1.0 - smoothstep(0.84, 0.92, v));
+        for (std::size_t x = 0; x < rainbow.size(); ++x) {
+            const Colour &band = rainbow[x];
+            colours[3 * x] = band.r * light + 0.6 * window;
+            colours[3 * x + 1] = band.g * light + 0.6 * window;
+            colours[3 * x + 2] = band.b * light + 0.6 * window;
         }
-        const Colour &band = rainbow[std::size_t(x)];
-        Colour c{band.r * light, band.g * light, band.b * light};
-        return Colour{c.r + 0.6 * window, c.g + 0.6 * window, c.b + 0.6 * window};
-    });
+        store_row(colours, format.depth, frame.row(y));
+    }
+    return frame;
 }
 
 }  // namespace
@@ -157,9 +177,14 @@ void DefaultClip::fill(int number, const FrameFormat &format, Frame &into) {
         draw_scene(number, format, into);
         return;
     }
+    into.assign(*held(number, format));
+}
+
+const Frame *DefaultClip::held(int number, const FrameFormat &format) {
+    if (clip_ == kScene) return nullptr;
     if (!still_ || still_->format() != format)
         still_ = std::make_unique<Frame>(default_frame(clip_, number, format));
-    into.assign(*still_);
+    return still_.get();
 }
 
 bool DefaultClip::changes() const { return clip_ == kScene; }

@@ -20,6 +20,8 @@ public:
     explicit DefaultClip(int clip) : clip_(clip) {}
     Frame frame(int number, const FrameFormat &format) override;
     void fill(int number, const FrameFormat &format, Frame &into) override;
+    // The still pictures, drawn once per format; null for the moving scene.
+    const Frame *held(int number, const FrameFormat &format) override;
     void check(int, int, const FrameFormat &) override {}
     std::string describe() const override;
     bool changes() const override;

@@ -16,6 +16,7 @@
 #include "sparkhost/controls/curves.h"
 #include "sparkhost/clips/default_clips.h"
 #include "sparkhost/core/error.h"
+#include "sparkhost/core/memory_policy.h"
 #include "sparkhost/core/resolution.h"
 #include "sparkhost/clips/file_clip.h"
 #include "sparkhost/clips/prefetch_clip.h"
@@ -78,7 +79,10 @@ int Settings::default_processors() {
 }
 
 Host::Host(Settings settings) : settings_(checked(std::move(settings))), pool_(settings_.processors) {
-    for (int clip = 0; clip < kClipCount; ++clip) inputs_[clip] = make_default_clip(clip);
+    for (int clip = 0; clip < kClipCount; ++clip) {
+        inputs_[clip] = make_default_clip(clip);
+        shown_[clip] = &input_buffers_[clip];
+    }
 }
 
 Host::~Host() {
@@ -190,7 +194,8 @@ void Host::check_inputs(int first, int last) {
 
 void Host::read_ahead(int first, int last) {
     for (std::shared_ptr<ClipSource> &input : inputs_)
-        if (input->changes()) input = std::make_shared<PrefetchClip>(input, first, last, settings_.format);
+        if (input->changes()) input = std::make_shared<PrefetchClip>(input, first, last, settings_.format,
+                                                   frames_in_flight(settings_.format, 2));
     filled_from_.fill(nullptr);
 }
 
@@ -234,10 +239,12 @@ bool Host::run_frame_over(int frame, const Frame &scene) {
     unsigned clips = 0;
     for (int clip = 1; clip < kClipCount; ++clip)
         if (filled_from_[clip] != inputs_[clip].get() || filled_number_[clip] != frame ||
-            input_buffers_[clip].format() != settings_.format)
+            filled_format_[clip] != settings_.format)
             clips |= 1u << clip;
     prepare_frame(frame, clips);
     input_buffers_[kScene].assign(scene);
+    shown_[kScene] = &input_buffers_[kScene];
+    shown_owner_[kScene].reset();
     filled_from_[kScene] = nullptr;  // the clip's own picture is due again next frame
     return process_prepared(frame, started);
 }
@@ -289,23 +296,35 @@ void Host::prepare_frame(int frame, unsigned clips) {
 void Host::fill_input(int clip, int frame) {
     const FrameFormat &format = settings_.format;
     // Filled in place: the buffers keep their storage from frame to frame.
-    // A still picture already in its buffer is not copied again; plug-ins
-    // read their input buffers and never write them.
-    Frame &picture = input_buffers_[clip];
+    // A still picture already shown is not copied again; plug-ins read their
+    // input buffers and never write them.
     ClipSource *source = inputs_[clip].get();
-    if (filled_from_[clip] == source && !source->changes() && picture.format() == format) return;
+    if (filled_from_[clip] == source && !source->changes() && filled_format_[clip] == format) return;
     filled_from_[clip] = nullptr;
     try {
-        source->fill(frame, format, picture);
+        // A picture the clip holds is shown as it is, and kept alive with its
+        // clip even when another input takes the clip's place.
+        if (const Frame *held = source->held(frame, format)) {
+            shown_[clip] = held;
+            shown_owner_[clip] = inputs_[clip];
+            input_buffers_[clip] = Frame();
+        } else {
+            shown_[clip] = &input_buffers_[clip];
+            shown_owner_[clip].reset();
+            source->fill(frame, format, input_buffers_[clip]);
+        }
     } catch (const Error &error) {
         throw Error(std::string(clip_name(clip)) + " input: " + error.what());
     }
     filled_from_[clip] = source;
     filled_number_[clip] = frame;
-    if (picture.format() != format)
+    filled_format_[clip] = shown_[clip]->format();
+    if (shown_[clip]->format() != format)
         throw Error(std::string(clip_name(clip)) + " input: " + inputs_[clip]->describe() + " is " +
-                    picture.format().describe() + " but the frame is " + format.describe());
+                    shown_[clip]->format().describe() + " but the frame is " + format.describe());
 }
+
+void Host::take_output(Frame &into) { std::swap(output_, into); }
 
 void Host::prepare_output() {
     const FrameFormat &format = settings_.format;
@@ -466,14 +485,15 @@ int Host::confirm(const std::string &text) {
 int Host::memory_buffer(int id, SparkMemBufStruct *record) {
     if (!record || settings_.unavailable_buffers.count(id)) return 0;
     if (!fill_deferred(id)) return 0;
-    Frame *frame = nullptr;
+    const Frame *frame = nullptr;
     if (id == kOutputBufferId)
         frame = &output_;
     else if (id >= 2 && id < 2 + kClipCount)
-        frame = &input_buffers_[id - 2];
+        frame = shown_[id - 2];
     if (!frame || frame->size() == 0) return 0;
     record->BufId = id;
-    record->Buffer = frame->data();
+    // The record has no const: plug-ins only read their input buffers.
+    record->Buffer = const_cast<uint8_t *>(frame->data());
     record->BufWidth = frame->width();
     record->BufHeight = frame->height();
     record->BufDepth = frame->format().bits_per_pixel();
@@ -493,9 +513,15 @@ int Host::fetch_frame(int clip, int frame, void *buffer) {
     if (clip < 0 || clip >= kClipCount || frame < 0 || !buffer) return 0;
     try {
         // The plug-in counts frames from 0, as the info record does.
-        Frame picture = inputs_[clip]->frame(frame + 1, settings_.format);
-        if (picture.format() != settings_.format) return 0;
-        std::memcpy(buffer, picture.data(), picture.size());
+        ClipSource &source = *inputs_[clip];
+        Frame copy;
+        const Frame *picture = source.held(frame + 1, settings_.format);
+        if (!picture) {
+            copy = source.frame(frame + 1, settings_.format);
+            picture = &copy;
+        }
+        if (picture->format() != settings_.format) return 0;
+        std::memcpy(buffer, picture->data(), picture->size());
         return 1;
     } catch (const Error &) {
         return 0;

@@ -150,6 +150,10 @@ public:
     void prepare_frame(int frame, unsigned clips = kAllClips);
     SparkInfoStruct info_record(int frame) const;
     const Frame &output_buffer() const { return output_; }
+    // Moves the picture of the last frame into `into` without copying it,
+    // taking `into`'s storage (a buffer a writer has done with, or nothing)
+    // as the output buffer, which the next frame clears as always.
+    void take_output(Frame &into);
     const std::string &last_failure() const { return last_failure_; }
     // Where the last run_frame() spent its time, in seconds: getting the
     // buffers ready (reading or waiting for inputs), then the plug-in's
@@ -234,9 +238,14 @@ private:
     mutable std::unordered_map<std::string, void *> symbols_;
     std::array<std::shared_ptr<ClipSource>, kClipCount> inputs_;
     std::array<Frame, kClipCount> input_buffers_;
+    // What the plug-in is shown of each input: its buffer above, or a picture
+    // the clip holds (ClipSource::held), kept alive here with its clip.
+    std::array<const Frame *, kClipCount> shown_{};
+    std::array<std::shared_ptr<ClipSource>, kClipCount> shown_owner_;
     // The source whose picture each input buffer holds, null when unknown.
     std::array<const ClipSource *, kClipCount> filled_from_{};
     std::array<int, kClipCount> filled_number_{};  // the frame each buffer holds
+    std::array<FrameFormat, kClipCount> filled_format_{};  // and its format
     Frame output_;
     // During a control callback the buffers are filled only when the plug-in
     // asks for them: most callbacks never do, and a 1080p picture drawn or

@@ -3,7 +3,16 @@
 
 #include <malloc.h>
 
+#include <algorithm>
+#include <cstddef>
+
 namespace sparkhost {
+
+int frames_in_flight(const FrameFormat &format, int most) {
+    constexpr std::size_t kBudget = 64u * 1024 * 1024;
+    const std::size_t frame = std::max<std::size_t>(format.bytes(), 1);
+    return int(std::clamp<std::size_t>(kBudget / frame, 1, std::size_t(std::max(most, 1))));
+}
 
 void keep_freed_memory() {
     // The largest threshold the C library accepts on 64-bit systems.

@@ -64,7 +64,9 @@ private:
         attempted_ = true;
         const std::string path = module_path();
         // Never closed: the image library stays until the process ends.
-        void *handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        // Bound lazily: of its libraries' functions a render calls a handful,
+        // and binding them all up front is most of the time taken to load.
+        void *handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
         if (!handle) {
             const char *why = dlerror();
             problem_ = "cannot load the image I/O module '" + path + "': " + (why ? why : "unknown error");
