@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 struct RenderOptions;
 

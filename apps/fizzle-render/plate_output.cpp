@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "sparkhost/files/atomic_file.h"
-#include "sparkhost/bubble_layer.h"
+#include "sparkhost/colour/bubble_layer.h"
 #include "sparkhost/clips/converted_clip.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/image_io.h"

@@ -1,6 +1,6 @@
 // The bubbles layer and float scenes. Each frame is rendered from one saved
 // simulation state over black and over grey, which gives the layer (see
-// sparkhost/bubble_layer.h); the state is then put back so the frame's own
+// sparkhost/colour/bubble_layer.h); the state is then put back so the frame's own
 // render over an integer scene is exactly today's. A float scene is never
 // handed to the effect, which reads the scene only to composite over it:
 // the layer, converted to the scene's colour space, goes over the plate in
@@ -22,7 +22,7 @@
 #include "sparkhost/core/frame.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/core/host.h"
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 class PlateOutput {
 public:

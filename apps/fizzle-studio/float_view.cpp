@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "sparkhost/bubble_layer.h"
+#include "sparkhost/colour/bubble_layer.h"
 #include "sparkhost/core/error.h"
 
 using sparkhost::Error;

@@ -15,7 +15,7 @@
 #include "sparkhost/core/frame.h"
 #include "sparkhost/files/frame_pattern.h"
 #include "sparkhost/core/host.h"
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 class FloatView {
 public:

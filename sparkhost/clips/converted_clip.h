@@ -8,7 +8,7 @@
 
 #include "sparkhost/clips/clip_source.h"
 #include "sparkhost/files/frame_pattern.h"
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 namespace sparkhost {
 

@@ -1,6 +1,6 @@
 // The plate module: float images and colour conversions through
 // OpenImageIO (whose colour configuration is OpenColorIO's).
-#include "sparkhost/plate_codec.h"
+#include "sparkhost/colour/plate_codec.h"
 
 #include <OpenImageIO/color.h>
 #include <OpenImageIO/imageio.h>

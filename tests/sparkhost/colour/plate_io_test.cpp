@@ -1,5 +1,5 @@
 // Float plates, colour conversions and the bubbles layer's arithmetic.
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <limits>
 
-#include "sparkhost/bubble_layer.h"
+#include "sparkhost/colour/bubble_layer.h"
 #include "sparkhost/core/error.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include <cstddef>
 
 #include "sparkhost/core/frame.h"
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 namespace sparkhost {
 

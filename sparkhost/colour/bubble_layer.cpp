@@ -1,5 +1,5 @@
 // The bubbles layer: recovered from two renders, converted, composited.
-#include "sparkhost/bubble_layer.h"
+#include "sparkhost/colour/bubble_layer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // Float plates and colour conversions through the plate module, loaded the
 // first time one is needed.
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 #include <dlfcn.h>
 
@@ -10,7 +10,7 @@
 
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/image_io.h"
-#include "sparkhost/plate_codec.h"
+#include "sparkhost/colour/plate_codec.h"
 
 namespace sparkhost {
 

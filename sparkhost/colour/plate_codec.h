@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "sparkhost/plate_io.h"
+#include "sparkhost/colour/plate_io.h"
 
 namespace sparkhost {
 
