@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "render/options.h"
+#include "sparkhost/clips/converted_clip.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/frame_pattern.h"
 
@@ -58,6 +59,18 @@ std::string plate_space(const sparkhost::ColourConfig &config, const PlateOption
     if (std::string linear = config.role("linear"); !linear.empty()) return linear;
     throw Error("'" + pattern + "': no colour space in the file and no scene_linear role in " + config.describe() +
                 "; name one with --scene-space");
+}
+
+bool use_float_reflection(sparkhost::Host &host, const RenderOptions &options, const sparkhost::ColourConfig &config) {
+    const std::string &reflection = options.inputs[sparkhost::kReflection];
+    if (reflection.empty() || !may_hold_float(reflection)) return false;
+    const sparkhost::FramePattern pattern(reflection);
+    const sparkhost::PlateInfo info = sparkhost::probe_plate(pattern.path(pattern.is_sequence() ? options.first_frame : 0));
+    if (!info.is_float()) return false;
+    const std::string space = plate_space(config, options.plates, reflection, info);
+    host.set_input(sparkhost::kReflection, std::make_shared<sparkhost::ConvertedClip>(
+                                               reflection, config.conversion(space, options.plates.working_space)));
+    return true;
 }
 
 void add_plate_options(CLI::App &app, RenderOptions &options) {

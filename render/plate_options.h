@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "sparkhost/colour/plate_io.h"
+#include "sparkhost/core/host.h"
 
 struct RenderOptions;
 
@@ -36,6 +37,10 @@ bool may_hold_float(const std::string &pattern);
 // claim, else the config's scene-linear role. Throws sparkhost::Error.
 std::string plate_space(const sparkhost::ColourConfig &config, const PlateOptions &plates, const std::string &pattern,
                         const sparkhost::PlateInfo &info);
+// Gives the effect a float reflection clip converted to the working
+// encoding, as it reads every clip; false (and nothing changed) when the
+// reflection is not a float file. Throws sparkhost::Error.
+bool use_float_reflection(sparkhost::Host &host, const RenderOptions &options, const sparkhost::ColourConfig &config);
 // What can be checked without reading a file; throws sparkhost::Error
 // naming the option.
 void check_plate_options(RenderOptions &options);

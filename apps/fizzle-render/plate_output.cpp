@@ -10,7 +10,6 @@
 
 #include "sparkhost/files/atomic_file.h"
 #include "sparkhost/colour/bubble_layer.h"
-#include "sparkhost/clips/converted_clip.h"
 #include "sparkhost/core/error.h"
 #include "sparkhost/files/image_io.h"
 
@@ -56,13 +55,7 @@ PlateOutput::PlateOutput(sparkhost::Host &host, const RenderOptions &options,
         config_->conversion(plates.working_space, plates.working_space);
         if (!plates.scene_space.empty()) config_->conversion(plates.scene_space, plates.scene_space);
     }
-    if (float_reflection) {
-        const sparkhost::FramePattern pattern(reflection);
-        const std::string space =
-            space_of(reflection, sparkhost::probe_plate(pattern.path(pattern.is_sequence() ? options.first_frame : 0)));
-        host.set_input(sparkhost::kReflection, std::make_shared<sparkhost::ConvertedClip>(
-                                                    reflection, config_->conversion(space, plates.working_space)));
-    }
+    if (float_reflection) use_float_reflection(host, options, *config_);
     if (float_scene_) {
         scene_type_ = scene_info.type;
         scene_space_ = space_of(scene, scene_info);

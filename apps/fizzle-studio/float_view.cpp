@@ -10,6 +10,11 @@
 using sparkhost::Error;
 
 std::unique_ptr<FloatView> FloatView::open(sparkhost::Host &host, const RenderOptions &options) {
+    // A float reflection is read in the working encoding, as fizzle-render
+    // reads it, whatever the scene: the picture must be the render's.
+    const std::string &reflection = options.inputs[sparkhost::kReflection];
+    if (!reflection.empty() && may_hold_float(reflection))
+        use_float_reflection(host, options, *sparkhost::open_colour_config(options.plates.colour_config));
     const std::string &scene = options.inputs[sparkhost::kScene];
     if (scene.empty() || !may_hold_float(scene)) return nullptr;
     const sparkhost::FramePattern pattern(scene);

@@ -77,3 +77,38 @@ TEST(StudioFloatScene, TheViewerShowsTheCompositeThroughTheChosenDisplayView) {
     session.shutdown();
     fs::remove_all(work);
 }
+
+// A float reflection clip reaches the effect in its working encoding in the
+// studio as in fizzle-render, so the picture is the frame the render writes
+// (before, the studio handed the effect the clip's linear values clamped).
+TEST(StudioFloatReflection, ThePictureIsTheFrameFizzleRenderWrites) {
+    const fs::path work = fs::temp_directory_path() / ("fizzle-float-reflection-" + std::to_string(getpid()));
+    fs::create_directories(work);
+    const std::string reflection = (work / "reflection.exr").string(), written = (work / "out.%04d.png").string();
+    const std::string config = std::string(FIZZLE_TEST_DATA) + "/scene_linear.ocio";
+    const std::string make = "oiiotool --pattern fill:topleft=0.02,0.3,4:topright=8,0.05,0.6:bottomleft=0.18,2,0:"
+                             "bottomright=1,0.5,12 96x54 3 -d float -o '" + reflection + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0) << make;
+    // Champagne draws reflections.
+    const std::string render = std::string("FIZZLE_NO_PAUSE=1 '") + FIZZLE_RENDER_PATH +
+                               "' -q --size 96x54 --preset Champagne --processors 2 --reflection '" + reflection +
+                               "' --colour-config '" + config + "' --frames 3-3 -o '" + written + "' > /dev/null 2>&1";
+    ASSERT_EQ(std::system(render.c_str()), 0) << render;
+    OIIO::ImageBuf frame((work / "out.0003.png").string());
+    std::vector<uint8_t> expected(std::size_t(kWidth) * kHeight * 3);
+    ASSERT_TRUE(frame.get_pixels(OIIO::ROI(0, kWidth, 0, kHeight, 0, 1, 0, 3), OIIO::TypeDesc::UINT8, expected.data()))
+        << frame.geterror();
+
+    RenderOptions options;
+    options.format = {kWidth, kHeight, sparkhost::Depth::Bits8};
+    options.preset = "Champagne";
+    options.processors = 2;
+    options.plugin = FIZZLE_PLUGIN_PATH;
+    options.inputs[sparkhost::kReflection] = reflection;
+    options.plates.colour_config = config;
+    Session session(options, work.string(), 1, 20);
+    session.go_to(3);
+    EXPECT_EQ(*session.picture().rgb, expected);
+    session.shutdown();
+    fs::remove_all(work);
+}
