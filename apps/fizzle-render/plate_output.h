@@ -58,10 +58,16 @@ private:
         sparkhost::Frame over_grey;
         long sequence;
     };
+    // A writer's frame-sized buffers, kept from frame to frame: fresh ones
+    // cost page faults and clearing on every frame.
+    struct Scratch {
+        sparkhost::PlateImage layer;
+        sparkhost::PlateImage plate;
+    };
     void setup_colour(const RenderOptions &options);
     std::string space_of(const std::string &pattern, const sparkhost::PlateInfo &info) const;
     void work();
-    void write_frame(const Job &job);
+    void write_frame(const Job &job, Scratch &scratch);
     void throw_failure();
     void flush_notes();
 
@@ -79,6 +85,7 @@ private:
 
     std::mutex still_mutex_;
     std::shared_ptr<const sparkhost::PlateImage> still_plate_;
+    std::size_t still_non_finite_ = 0;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Job> queue_;

@@ -28,6 +28,8 @@ Frame constant_frame(const FrameFormat &format, int level);
 // clamp over the grey. Where no bubble falls the layer is exactly 0 in all
 // four channels.
 PlateImage layer_from_renders(const Frame &over_black, const Frame &over_grey);
+// The same into `layer`, whose storage is reused when it has the size.
+void layer_from_renders(const Frame &over_black, const Frame &over_grey, PlateImage &layer);
 
 // Converts a premultiplied layer's colours. The bubble's own colour (up to
 // its coverage) is un-premultiplied, converted and premultiplied again; light
@@ -39,8 +41,14 @@ void convert_layer(PlateImage &layer, const ColourConversion &conversion);
 // `layer` over `plate`, in place, in float: colour + plate × (1 − alpha) for
 // the three colours, and for a plate's alpha alike. Where the layer is empty
 // the plate keeps its bits (NaN, infinity and −0 included); under a bubble a
-// non-finite plate value goes through the arithmetic as it is. Returns how
-// many plate samples are not finite. Layer and plate have the same size.
-std::size_t composite_over(const PlateImage &layer, PlateImage &plate);
+// non-finite plate value goes through the arithmetic as it is. Layer and
+// plate have the same size.
+void composite_over(const PlateImage &layer, PlateImage &plate);
+// The same into `out` (whose storage is reused), leaving `plate` as it is:
+// a still plate is composited over frame after frame without a copy first.
+void composite_over(const PlateImage &layer, const PlateImage &plate, PlateImage &out);
+
+// How many of the plate's samples are NaN or infinite.
+std::size_t count_non_finite(const PlateImage &plate);
 
 }  // namespace sparkhost

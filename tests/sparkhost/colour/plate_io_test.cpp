@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <vector>
 
 #include "sparkhost/colour/bubble_layer.h"
 #include "sparkhost/core/error.h"
@@ -116,19 +117,33 @@ TEST(BubbleLayer, RendersOverBlackAndGreyGiveColourAndCoverage) {
     for (int c = 0; c < 4; ++c) EXPECT_EQ(bits(layer.row(0)[c]), 0u);
 }
 
+// Wide enough for whole runs of empty pixels, and a bubble pixel after them.
 TEST(BubbleLayer, OverKeepsThePlatesBitsWhereTheLayerIsEmptyAndCountsNonFiniteValues) {
-    PlateImage layer(2, 1, 4), plate(2, 1, 4);
+    constexpr int kWidth = 70, kBubble = 41;  // an odd pixel: -0.05, 2, inf, 1 below
+    PlateImage layer(kWidth, 1, 4), plate(kWidth, 1, 4);
     const float plate_values[] = {-0.0f, std::numeric_limits<float>::quiet_NaN(), 16.0f, 0.5f,
                                   -0.05f, 2.0f, std::numeric_limits<float>::infinity(), 1.0f};
-    std::copy(std::begin(plate_values), std::end(plate_values), plate.pixels.begin());
-    const float layer_values[] = {0, 0, 0, 0, 0.25f, 0.5f, 0.125f, 0.5f};
-    std::copy(std::begin(layer_values), std::end(layer_values), layer.pixels.begin());
-    EXPECT_EQ(sparkhost::composite_over(layer, plate), 2u);
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(bits(plate.pixels[i]), bits(plate_values[i])) << i;
-    EXPECT_FLOAT_EQ(plate.pixels[4], 0.25f - 0.025f);
-    EXPECT_FLOAT_EQ(plate.pixels[5], 1.5f);
-    EXPECT_EQ(plate.pixels[6], std::numeric_limits<float>::infinity());
-    EXPECT_FLOAT_EQ(plate.pixels[7], 1.0f);
+    for (std::size_t i = 0; i < plate.pixels.size(); ++i) plate.pixels[i] = plate_values[i % 8];
+    const float bubble[] = {0.25f, 0.5f, 0.125f, 0.5f};
+    std::copy(std::begin(bubble), std::end(bubble), layer.row(0) + 4 * kBubble);
+    layer.row(0)[4 * 3] = -0.0f;  // empty too
+    EXPECT_EQ(sparkhost::count_non_finite(plate), std::size_t(kWidth));
+    PlateImage out;
+    sparkhost::composite_over(layer, plate, out);
+    PlateImage in_place = plate;
+    sparkhost::composite_over(layer, in_place);
+    ASSERT_EQ(out.pixels.size(), plate.pixels.size());
+    for (std::size_t i = 0; i < plate.pixels.size(); ++i) {
+        EXPECT_EQ(bits(out.pixels[i]), bits(in_place.pixels[i])) << i;
+        if (i / 4 != kBubble) {
+            EXPECT_EQ(bits(out.pixels[i]), bits(plate.pixels[i])) << i;
+        }
+    }
+    const float *under = out.row(0) + 4 * kBubble;
+    EXPECT_FLOAT_EQ(under[0], 0.25f - 0.025f);
+    EXPECT_FLOAT_EQ(under[1], 1.5f);
+    EXPECT_EQ(under[2], std::numeric_limits<float>::infinity());
+    EXPECT_FLOAT_EQ(under[3], 1.0f);
 }
 
 TEST(BubbleLayer, ConversionKeepsEmptyPixelsAtZeroAndWorksOnStraightColour) {
