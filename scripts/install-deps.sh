@@ -7,7 +7,7 @@ set -e
 # openimageio-tools and opencolorio-tools: oiiotool and ocioconvert, the
 # references the float-plate tests compare with. universal-ctags: the test
 # that keeps functions short finds them with it.
-PACKAGES="cmake make g++ pkg-config libopenimageio-dev libcli11-dev nlohmann-json3-dev \
+PACKAGES="cmake make g++ pkg-config libopenimageio-dev libimath-dev libcli11-dev nlohmann-json3-dev \
 libgtest-dev libgmock-dev libbenchmark-dev \
 libopencolorio-dev openimageio-tools opencolorio-tools \
 slurm-wlm munge libcpp-httplib-dev chromium universal-ctags"

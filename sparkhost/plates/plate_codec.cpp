@@ -7,11 +7,14 @@
 #include <OpenImageIO/strutil.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <vector>
 
 #include "sparkhost/core/error.h"
+#include "sparkhost/plates/half_samples.h"
 
 namespace sparkhost {
 
@@ -100,7 +103,39 @@ PlateImage read(const std::string &path) {
     return colour;
 }
 
+// Whether samples are all +0, compared as bytes (a -0 is converted).
+bool all_zero(const float *samples, std::size_t count) {
+    static const float zeros[4096] = {};
+    for (std::size_t at = 0; at < count; at += 4096)
+        if (std::memcmp(samples + at, zeros, sizeof(float) * std::min<std::size_t>(4096, count - at)) != 0) return false;
+    return true;
+}
+
+// Halves from floats, a piece at a time, empty pieces as zeros.
+void to_halves(const float *samples, uint16_t *halves, std::size_t count) {
+    constexpr std::size_t kPiece = 4096;
+    for (std::size_t at = 0; at < count; at += kPiece) {
+        const std::size_t piece = std::min(kPiece, count - at);
+        if (all_zero(samples + at, piece))
+            std::memset(halves + at, 0, piece * sizeof(uint16_t));
+        else
+            floats_to_halves(samples + at, halves + at, piece);
+    }
+}
+
 void round_to_type(float *samples, std::size_t count, SampleType type) {
+    if (type == SampleType::Half) {
+        // In pieces, so a whole frame never needs a second buffer.
+        constexpr std::size_t kPiece = 4096;
+        uint16_t halves[kPiece];
+        for (std::size_t at = 0; at < count; at += kPiece) {
+            const std::size_t piece = std::min(kPiece, count - at);
+            if (all_zero(samples + at, piece)) continue;  // most of a layer
+            floats_to_halves(samples + at, halves, piece);
+            halves_to_floats(halves, samples + at, piece);
+        }
+        return;
+    }
     const OIIO::TypeDesc stored = type_desc(type);
     std::vector<unsigned char> file(count * stored.size());
     OIIO::convert_pixel_values(OIIO::TypeDesc::FLOAT, samples, stored, file.data(), int(count));
@@ -127,8 +162,18 @@ void write(AtomicFile &file, const PlateImage &image, SampleType type, const std
     if (!compression.empty()) spec.attribute("compression", compression);
     // A fixed stamp instead of the wall clock: the same frame, the same bytes.
     spec.attribute("DateTime", "1970:01:01 00:00:00");
-    if (!output->open(file.temporary_path(), spec) ||
-        !output->write_image(OIIO::TypeDesc::FLOAT, image.pixels.data()) || !output->close())
+    // Halves are handed over as halves: the library's own conversion is the
+    // slow part of writing them.
+    thread_local std::vector<uint16_t> halves;
+    const void *samples = image.pixels.data();
+    OIIO::TypeDesc given = OIIO::TypeDesc::FLOAT;
+    if (type == SampleType::Half) {
+        halves.resize(image.pixels.size());
+        to_halves(image.pixels.data(), halves.data(), halves.size());
+        samples = halves.data();
+        given = OIIO::TypeDesc::HALF;
+    }
+    if (!output->open(file.temporary_path(), spec) || !output->write_image(given, samples) || !output->close())
         throw Error("cannot write " + quoted(path) + ": " + one_line(output->geterror()));
 }
 

@@ -1,6 +1,7 @@
 // Float plates, colour conversions and the bubbles layer's arithmetic.
 #include "sparkhost/colour/plate_io.h"
 
+#include <Imath/half.h>
 #include <OpenImageIO/imagebuf.h>
 #include <gtest/gtest.h>
 
@@ -49,6 +50,40 @@ TEST(PlateFiles, FloatSamplesComeBackBitForBitNegativesHugeValuesAndNonFiniteInc
     const PlateImage back = sparkhost::read_plate(path);
     ASSERT_EQ(back.pixels.size(), image.pixels.size());
     for (std::size_t i = 0; i < image.pixels.size(); ++i) EXPECT_EQ(bits(back.pixels[i]), bits(image.pixels[i])) << i;
+}
+
+// Half rounding must be the image library's to the bit, or a half plate
+// would change where no bubble falls. Every half goes through, and floats
+// at and around each half and halfway between neighbours (where rounding
+// to even decides), plus NaNs with payloads and a spread of other floats.
+TEST(PlateFiles, HalfRoundingIsTheLibrarysForEveryHalfAndTheFloatsBetween) {
+    std::vector<float> samples;
+    for (uint32_t h = 0; h < 0x10000; ++h) {
+        Imath::half half;
+        half.setBits(uint16_t(h));
+        const uint32_t at = bits(float(half));
+        for (uint32_t nearby : {at - 1, at, at + 1, at + 0x1000, at + 0xfff, at + 0x1001}) {
+            float value;
+            std::memcpy(&value, &nearby, 4);
+            samples.push_back(value);
+        }
+    }
+    for (uint32_t spread = 0; spread < 0xffffffffu - 65537u; spread += 65537u) {
+        float value;
+        std::memcpy(&value, &spread, 4);
+        samples.push_back(value);
+    }
+    std::vector<float> rounded = samples;
+    // An odd count leaves a tail that takes the one-at-a-time path.
+    rounded.push_back(0.1f);
+    sparkhost::round_to_type(rounded.data(), rounded.size(), sparkhost::SampleType::Half);
+    std::size_t wrong = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        if (bits(rounded[i]) != bits(float(Imath::half(samples[i]))) && ++wrong < 5)
+            ADD_FAILURE() << "0x" << std::hex << bits(samples[i]) << " rounds to 0x" << bits(rounded[i])
+                          << ", not 0x" << bits(float(Imath::half(samples[i])));
+    EXPECT_EQ(wrong, 0u);
+    EXPECT_EQ(bits(rounded.back()), bits(float(Imath::half(0.1f))));
 }
 
 TEST(ColourConfig, WorkingSpaceConversionAgreesWithOcioconvert) {
