@@ -285,9 +285,9 @@ private:
 std::string make_token() {
     unsigned char bytes[16] = {};
     std::FILE *random = std::fopen("/dev/urandom", "rb");
-    if (!random || std::fread(bytes, 1, sizeof bytes, random) != sizeof bytes)
-        throw sparkhost::Error("cannot read /dev/urandom for the access token");
-    std::fclose(random);
+    const bool read = random && std::fread(bytes, 1, sizeof bytes, random) == sizeof bytes;
+    if (random) std::fclose(random);
+    if (!read) throw sparkhost::Error("cannot read /dev/urandom for the access token");
     std::string token;
     char hex[3];
     for (unsigned char byte : bytes) {
