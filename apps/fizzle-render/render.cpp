@@ -125,6 +125,72 @@ void remove_stale_temporaries(const RenderOptions &options) {
     for (const std::string &folder : folders) sparkhost::remove_stale_temporaries(folder);
 }
 
+// Initialises and configures the plug-in, then saves the setup and lists
+// what was asked for. Returns whether frames are to be rendered.
+bool set_up_plugin(sparkhost::Host &host, const RenderOptions &options, OutputFormatCheck &check_output_format) {
+    const bool listing = options.list_controls || options.list_presets;
+    {
+        QuietStdout quiet(listing);
+        host.initialise(options.first_frame);
+        configure_plugin(host, options);
+    }
+    if (!options.save_setup.empty()) {
+        check_output_format();
+        try {
+            sparkhost::save_setup(options.save_setup, plugin_controls(host));
+        } catch (const std::exception &error) {
+            throw Error(std::string("--save-setup: ") + error.what());
+        }
+    }
+    if (options.list_presets) list_presets(plugin_controls(host), stdout);
+    if (options.list_controls) list_controls(plugin_controls(host), stdout);
+    return options.renders();
+}
+
+// One frame of the loop: only simulated (a frame kept with --skip-existing,
+// or a cache being filled), rendered by the plate output, or rendered and
+// handed to the writer.
+struct FrameStep {
+    sparkhost::Host &host;
+    const RenderOptions &options;
+    PlateOutput *plates;  // none when no frames are written
+    OverlayOutput &overlay;
+    ShotRunner &shot;
+    const sparkhost::FramePattern &output;
+    sparkhost::FrameWriter &writer;
+    OutputFormatCheck &check_output_format;
+    RenderTimings &timings;
+
+    void operator()(int frame) {
+        const bool layered = plates && plates->active();
+        const bool exists = layered ? plates->frame_exists(frame) : output_exists(output.path(frame));
+        if (!options.writes_frames() || (options.skip_existing && exists)) {
+            shot.advance(frame);
+            return;
+        }
+        timings.first_frame_begins();
+        if (layered) plates->render(frame);
+        if (layered && plates->writes_output()) {
+            if (!options.overlay_svg.empty()) {
+                sparkhost::Frame scratch = host.output_buffer();
+                overlay.apply(frame, scratch);
+            }
+            return;
+        }
+        if (!host.run_frame(frame)) throw Error(host.last_failure());
+        timings.frame_rendered(host.last_frame_times());
+        const auto checking = RenderTimings::Clock::now();
+        check_output_format();
+        const auto handing = RenderTimings::Clock::now();
+        timings.waited_for_library(std::chrono::duration<double>(handing - checking).count());
+        sparkhost::Frame picture = writer.take_buffer();
+        host.take_output(picture);
+        overlay.apply(frame, picture);
+        writer.submit(frame, std::move(picture));
+        timings.handed_over(std::chrono::duration<double>(RenderTimings::Clock::now() - handing).count());
+    }
+};
+
 }  // namespace
 
 int render(const RenderOptions &options) {
@@ -148,23 +214,7 @@ int render(const RenderOptions &options) {
     if (options.writes_frames()) plates.emplace(host, options, warn);
     if (options.renders()) host.check_inputs(options.first_frame, options.last_frame);
     OutputFormatCheck check_output_format(options);
-    const bool listing = options.list_controls || options.list_presets;
-    {
-        QuietStdout quiet(listing);
-        host.initialise(options.first_frame);
-        configure_plugin(host, options);
-    }
-    if (!options.save_setup.empty()) {
-        check_output_format();
-        try {
-            sparkhost::save_setup(options.save_setup, plugin_controls(host));
-        } catch (const std::exception &error) {
-            throw Error(std::string("--save-setup: ") + error.what());
-        }
-    }
-    if (options.list_presets) list_presets(plugin_controls(host), stdout);
-    if (options.list_controls) list_controls(plugin_controls(host), stdout);
-    if (!options.renders()) return 0;
+    if (!set_up_plugin(host, options, check_output_format)) return 0;
     OverlayOutput overlay(host, options);
     ShotRunner shot(host, options, [&progress](const std::string &note) {
         progress.clear_line();
@@ -189,6 +239,7 @@ int render(const RenderOptions &options) {
     if (options.simulate_only) host.read_ahead(start, options.last_frame);
     progress.start();
     RenderTimings timings;
+    FrameStep step{host, options, plates ? &*plates : nullptr, overlay, shot, output, writer, check_output_format, timings};
     for (int frame = start; frame <= options.last_frame; ++frame) {
         if (int signal = stop_signal()) {
             progress.clear_line();
@@ -196,32 +247,7 @@ int render(const RenderOptions &options) {
             host.uninitialise(std::max(options.first_frame, frame - 1));  // as a finished render does
             return stopped_exit_code(signal);
         }
-        const bool layered = plates && plates->active();
-        const bool exists = layered ? plates->frame_exists(frame) : output_exists(output.path(frame));
-        if (!options.writes_frames() || (options.skip_existing && exists)) {
-            shot.advance(frame);
-        } else if (layered && plates->writes_output()) {
-            timings.first_frame_begins();
-            plates->render(frame);
-            if (!options.overlay_svg.empty()) {
-                sparkhost::Frame scratch = host.output_buffer();
-                overlay.apply(frame, scratch);
-            }
-        } else {
-            timings.first_frame_begins();
-            if (layered) plates->render(frame);
-            if (!host.run_frame(frame)) throw Error(host.last_failure());
-            timings.frame_rendered(host.last_frame_times());
-            const auto checking = RenderTimings::Clock::now();
-            check_output_format();
-            const auto handing = RenderTimings::Clock::now();
-            timings.waited_for_library(std::chrono::duration<double>(handing - checking).count());
-            sparkhost::Frame picture = writer.take_buffer();
-            host.take_output(picture);
-            overlay.apply(frame, picture);
-            writer.submit(frame, std::move(picture));
-            timings.handed_over(std::chrono::duration<double>(RenderTimings::Clock::now() - handing).count());
-        }
+        step(frame);
         shot.frame_done(frame);
         progress.frame_done(frame);
     }
