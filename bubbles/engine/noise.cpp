@@ -55,31 +55,50 @@ void ParticleEngine::gradientTabInit(long seed) {
     }
 }
 
-float ParticleEngine::glattice(int32_t ix, int32_t iy, int32_t iz, float fx, float fy, float fz) const {
-    const float *g = unitVectors[kPermutation[(ix + kPermutation[(iy + kPermutation[iz & 255]) & 255]) & 255]];
-    return g[0] * fx + g[1] * fy + g[2] * fz;
+ParticleEngine::NoisePlane ParticleEngine::noise_plane(float z) {
+    NoisePlane plane;
+    const int32_t iz = lattice_floor(z);
+    plane.fz0 = z - float(iz);
+    plane.fz1 = plane.fz0 - 1;
+    plane.wz = plane.fz0 * plane.fz0 * (3 - 2 * plane.fz0);
+    const int32_t near_z = kPermutation[iz & 255], far_z = kPermutation[(iz + 1) & 255];
+    for (int32_t row = 0; row < 256; ++row) {
+        plane.near_rows[row] = kPermutation[(row + near_z) & 255];
+        plane.far_rows[row] = kPermutation[(row + far_z) & 255];
+    }
+    return plane;
 }
 
-float ParticleEngine::gnoise(float x, float y, float z) const {
-    const int32_t ix = lattice_floor(x), iy = lattice_floor(y), iz = lattice_floor(z);
+float ParticleEngine::gnoise(float x, float y, float z) const { return gnoise(noise_plane(z), x, y); }
+
+// The lattice gradient of corner (ix, iy) in a plane whose permutation of iy
+// is rows, dotted with (fx, fy, fz): rows[iy & 255] stands for
+// kPermutation[(iy + kPermutation[iz & 255]) & 255], the same in mod 256.
+float ParticleEngine::gnoise(const NoisePlane &plane, float x, float y) const {
+    const int32_t ix = lattice_floor(x), iy = lattice_floor(y);
     const float fx0 = x - float(ix), fx1 = fx0 - 1;
     const float fy0 = y - float(iy), fy1 = fy0 - 1;
-    const float fz0 = z - float(iz), fz1 = fz0 - 1;
+    const float fz0 = plane.fz0, fz1 = plane.fz1;
     const float wx = fx0 * fx0 * (3 - 2 * fx0);
     const float wy = fy0 * fy0 * (3 - 2 * fy0);
-    const float wz = fz0 * fz0 * (3 - 2 * fz0);
+    const auto corner = [this, ix](int32_t column, int32_t row_index, float fx, float fy, float fz) {
+        const float *g = unitVectors[kPermutation[(ix + column + row_index) & 255]];
+        return g[0] * fx + g[1] * fy + g[2] * fz;
+    };
+    const int32_t row0 = iy & 255, row1 = (iy + 1) & 255;
 
     float near_z, far_z;
     {
-        float a = blend(wx, glattice(ix, iy, iz, fx0, fy0, fz0), glattice(ix + 1, iy, iz, fx1, fy0, fz0));
-        float b = blend(wx, glattice(ix, iy + 1, iz, fx0, fy1, fz0), glattice(ix + 1, iy + 1, iz, fx1, fy1, fz0));
+        const uint8_t *rows = plane.near_rows;
+        float a = blend(wx, corner(0, rows[row0], fx0, fy0, fz0), corner(1, rows[row0], fx1, fy0, fz0));
+        float b = blend(wx, corner(0, rows[row1], fx0, fy1, fz0), corner(1, rows[row1], fx1, fy1, fz0));
         near_z = blend(wy, a, b);
     }
     {
-        float a = blend(wx, glattice(ix, iy, iz + 1, fx0, fy0, fz1), glattice(ix + 1, iy, iz + 1, fx1, fy0, fz1));
-        float b = blend(wx, glattice(ix, iy + 1, iz + 1, fx0, fy1, fz1),
-                        glattice(ix + 1, iy + 1, iz + 1, fx1, fy1, fz1));
+        const uint8_t *rows = plane.far_rows;
+        float a = blend(wx, corner(0, rows[row0], fx0, fy0, fz1), corner(1, rows[row0], fx1, fy0, fz1));
+        float b = blend(wx, corner(0, rows[row1], fx0, fy1, fz1), corner(1, rows[row1], fx1, fy1, fz1));
         far_z = blend(wy, a, b);
     }
-    return blend(wz, near_z, far_z);
+    return blend(plane.wz, near_z, far_z);
 }

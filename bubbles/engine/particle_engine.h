@@ -101,7 +101,16 @@ public:
     // Smooth step and gradient noise.
     static float soft_step(float x, float edge0, float edge1);
     void gradientTabInit(long seed);
-    float glattice(int32_t ix, int32_t iy, int32_t iz, float fx, float fy, float fz) const;
+    // What the noise works out from z alone, made once a step: a step reads
+    // the field at one z for every particle.
+    struct NoisePlane {
+        float fz0 = 0, fz1 = 0, wz = 0;
+        // The lattice permutation of iy & 255 at z's cell and the next one.
+        uint8_t near_rows[256] = {};
+        uint8_t far_rows[256] = {};
+    };
+    static NoisePlane noise_plane(float z);
+    float gnoise(const NoisePlane &plane, float x, float y) const;
     float gnoise(float x, float y, float z) const;
 
     // Table-driven random draws; counter is advanced before each read.
@@ -142,5 +151,5 @@ private:
     // The pieces of part_advance, for one live particle p.
     float part_friction(const tagPARTSET *set, tagPART *p, int32_t congregate) const;
     void part_grow(const tagPARTSET *set, tagPART *p, float full) const;
-    void part_stir(tagPARTSET *set, tagPART *p, int32_t frame, float sz) const;
+    void part_stir(tagPARTSET *set, tagPART *p, const NoisePlane (&planes)[2], float sz) const;
 };

@@ -123,6 +123,13 @@ void ParticleEngine::part_advance(tagPARTSET *set, int32_t frame, int32_t congre
     const int32_t k = set->lump_count;
     const float full = k / 40.0f * set->bubble_size;
     float sz = 0.0f;  // Variable Growth's size weight, carried from particle to particle
+    const bool stirring = double(set->swirl_dens) > 0.1;
+    NoisePlane planes[2];
+    if (stirring) {
+        const float nt = float(double(set->swirl_dens * float(frame)) / 25.0);
+        planes[0] = noise_plane(nt);
+        planes[1] = noise_plane(float(nt + 4.35));
+    }
     tagPART *previous = nullptr;
     for (tagPART *p = set->live_list; p;) {
         tagPART *next = p->next;
@@ -154,7 +161,7 @@ void ParticleEngine::part_advance(tagPARTSET *set, int32_t frame, int32_t congre
         p->y += p->vy;
 
         part_grow(set, p, full);
-        if (double(set->swirl_dens) > 0.1) part_stir(set, p, frame, sz);
+        if (stirring) part_stir(set, p, planes, sz);
         previous = p;
         p = next;
     }
@@ -208,14 +215,14 @@ void ParticleEngine::part_grow(const tagPARTSET *set, tagPART *p, float full) co
 
 // Turbulence: the noise field's push, ramped in over the bubble's first
 // frames and weakened for big bubbles of Variable Growth (sz).
-void ParticleEngine::part_stir(tagPARTSET *set, tagPART *p, int32_t frame, float sz) const {
+// planes: the noise field at the step's two times, nt and nt + 4.35.
+void ParticleEngine::part_stir(tagPARTSET *set, tagPART *p, const NoisePlane (&planes)[2], float sz) const {
     const float nx = p->x / float(width) * set->swirl_dens;
     const float ny = p->y / float(height) * set->swirl_dens;
-    const float nt = float(double(set->swirl_dens * float(frame)) / 25.0);
     if (set->swirl_max_time < 1.0f) set->swirl_max_time = 1.0f;
     float ramp = float(p->age) / set->swirl_max_time;
     if (ramp > 1.0f) ramp = 1.0f;
     const float a = float(double(ramp) * (1 - 1.5 * sz) * double(set->swirl_amp));
-    p->vx += a * gnoise(nx, ny, nt) / pixel_aspect;
-    p->vy += a * gnoise(float(nx + 3.14), float(ny + 2.71), float(nt + 4.35));
+    p->vx += a * gnoise(planes[0], nx, ny) / pixel_aspect;
+    p->vy += a * gnoise(planes[1], float(nx + 3.14), float(ny + 2.71));
 }

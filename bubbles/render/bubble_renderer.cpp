@@ -31,6 +31,8 @@ void BubbleRenderer::band_of(void *renderer, int first, int last) {
 }
 
 void BubbleRenderer::part_render_begin(tagPARTSET *set) {
+    const BubbleParameters &c = engine_.parameters;
+    step_ = StepTerms{UnitPower(c.shine), UnitPower(c.highlight), LightCone(c.light_spread)};
     engine_.mp_region = 1;
     render_set = set;
     burst_decisions.clear();

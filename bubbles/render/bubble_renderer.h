@@ -10,6 +10,7 @@
 
 #include "bubbles/engine/particle_engine.h"
 #include "bubbles/render/bubble_shade.h"
+#include "bubbles/render/light_cone.h"
 #include "framework/image.h"
 #include "framework/plugin.h"
 
@@ -77,6 +78,13 @@ private:
     static void blend_pixel(PixelQv &target, int32_t I, float nx, float ny, const BubbleShade &shade, int64_t k,
                             int64_t h);
 
+    // What every bubble of a step shares, from the controls at its start.
+    struct StepTerms {
+        UnitPower shine;
+        UnitPower highlight;
+        LightCone cone;
+    };
+
     PluginQv &bands_;
     ParticleEngine &engine_;
     const bool drawing_;
@@ -85,4 +93,5 @@ private:
     tagPARTSET *render_set = nullptr;
     std::atomic<bool> burst_recorder_taken{false};
     std::vector<BurstDecision> burst_decisions;
+    StepTerms step_;
 };

@@ -107,10 +107,7 @@ void BubbleRenderer::part_light(const tagPARTSET *set, const tagPART *p, BubbleS
         glint = 0;
     } else {
         if (double(cosine) > 0.99999) cosine = 0.99999f;
-        const float theta = float(std::acos(double(cosine)));
-        const float half = float(0.008726646261111111 * c.light_spread);
-        const float inner = float(0.7 * double(half));
-        light = float(c.light_intensity / 100 * double(1 - ParticleEngine::soft_step(theta, inner, half)));
+        light = float(c.light_intensity / 100 * double(step_.cone.factor(cosine)));
         glint = int32_t(std::pow(double(cosine), c.glisten_tight) * double(light) * 32767);
     }
     shade.red = clamp15(int64_t(float((shade.red * set->light_colour[0]) >> 15) * light));
@@ -138,8 +135,8 @@ void BubbleRenderer::part_shade_terms(BubbleShade &shade) const {
     const BubbleParameters &c = engine_.parameters;
     const ImageQv *reflection_image = engine_.reflection_image;
     shade.min_bright = c.min_bright;
-    shade.shine = UnitPower(c.shine);
-    shade.highlight = UnitPower(c.highlight);
+    shade.shine = step_.shine;
+    shade.highlight = step_.highlight;
     if (c.reflections_on && reflection_image && reflection_image->width > 0 && reflection_image->height > 0)
         shade.reflection = reflection_image;
     shade.ref_intensity = c.ref_intensity;

@@ -12,6 +12,20 @@ template <class Vector, class T>
     return vector;
 }
 
+// What the lanes read of the bubble, read once per run into a local the
+// compiler keeps in registers: read through the BubbleShade reference, the
+// fields were loaded again for every block, and min_bright / 100 divided.
+struct BubbleTerms {
+    explicit BubbleTerms(const BubbleShade &c)
+        : base(c.min_bright / 100), glint(c.glint), shine(c.shine.exponent()), highlight(c.highlight.exponent()),
+          lx(c.lx), ly(c.ly), lz(c.lz), shine_whole(c.shine.whole()), highlight_whole(c.highlight.whole()),
+          red(c.red), green(c.green), blue(c.blue) {}
+    double base, glint, shine, highlight;
+    float lx, ly, lz;
+    uint32_t shine_whole, highlight_whole;
+    int32_t red, green, blue;
+};
+
 // Each lane as shade_pixel and UnitPower::bracket compute it.
 template <int M>
 struct Kernel {
@@ -86,12 +100,14 @@ struct Kernel {
         return Isa::root(__builtin_convertvector(nz2, Doubles));
     }
 
-    [[gnu::always_inline]] static void terms(const BubbleShade &c, const UnitPowerTables &t, const Ints &coverage,
-                                             const Floats &nx, const Floats &ny, const Doubles &depth, Ints &lit,
-                                             Ints &high) {
-        const double base = c.min_bright / 100, glint = c.glint;
-        const double shine = c.shine.exponent(), highlight = c.highlight.exponent();
-        Floats d = __builtin_convertvector(
+    // The terms with the powers bracketed: lanes the bracket leaves open
+    // are marked in `open`, with their lighting term in d, for settle().
+    [[gnu::always_inline]] static void bracketed_terms(const BubbleTerms &c, const UnitPowerTables &t,
+                                                       const Ints &coverage, const Floats &nx, const Floats &ny,
+                                                       const Doubles &depth, Ints &lit, Ints &high, Floats &d,
+                                                       Ints &open) {
+        const double base = c.base, glint = c.glint, shine = c.shine, highlight = c.highlight;
+        d = __builtin_convertvector(
             __builtin_convertvector(c.lx * nx + c.ly * ny, Doubles) + double(c.lz) * depth, Floats);
         d = d < 0.0f ? Floats{} : d;
         d = d > 1.0f ? Floats{} + 1.0f : d;
@@ -104,12 +120,12 @@ struct Kernel {
         const Ints usable = ((biased >= 1u) & (biased <= 126u)) | (bits == 0x3f800000u) | zero32;
         const Longs zero = __builtin_convertvector(zero32, Longs);
         Doubles lo, hi, glint_lo, glint_hi;
-        if (c.shine.whole() && c.highlight.whole()) {
+        if (c.shine_whole && c.highlight_whole) {
             // The squaring differs from whole_power's only when m and n
             // differ in length, where whole_power's last squarings are not
             // needed: each power is the same tree of products.
             Doubles shine_power, highlight_power;
-            whole_powers(__builtin_convertvector(d, Doubles), c.shine.whole(), c.highlight.whole(), shine_power,
+            whole_powers(__builtin_convertvector(d, Doubles), c.shine_whole, c.highlight_whole, shine_power,
                          highlight_power);
             bracket_product(shine_power, zero, lo, hi);
             bracket_product(highlight_power, zero, glint_lo, glint_hi);
@@ -123,20 +139,34 @@ struct Kernel {
         high = __builtin_convertvector(glint * (0.0 + glint_lo), Ints);
         const Ints settled = usable & (lit == __builtin_convertvector(scale * (base + hi), Ints)) &
                              (high == __builtin_convertvector(glint * (0.0 + glint_hi), Ints));
-        const Ints open = ~settled & (coverage != 0);
+        open = ~settled & (coverage != 0);
+    }
+
+    // One open lane's terms through std::pow, as the scalar shader has them.
+    static void settle(const BubbleTerms &c, int32_t coverage, float d, int32_t &lit, int32_t &high) {
+        lit = int32_t(int64_t(coverage * (c.base + std::pow(double(d), c.shine))));
+        high = int32_t(int64_t(c.glint * std::pow(double(d), c.highlight)));
+    }
+
+    [[gnu::always_inline]] static void terms(const BubbleTerms &c, const UnitPowerTables &t, const Ints &coverage,
+                                             const Floats &nx, const Floats &ny, const Doubles &depth, Ints &lit,
+                                             Ints &high) {
+        Floats d;
+        Ints open;
+        bracketed_terms(c, t, coverage, nx, ny, depth, lit, high, d, open);
         if (Isa::none(open)) return;
         for (int i = 0; i < M; ++i)
-            if (open[i]) {
-                lit[i] = int32_t(int64_t(coverage[i] * (base + std::pow(double(d[i]), shine))));
-                high[i] = int32_t(int64_t(c.glint * std::pow(double(d[i]), highlight)));
-            }
+            if (open[i]) settle(c, coverage[i], d[i], lit[i], high[i]);
     }
 
     // The block of the run starting at `at`, lanes past n zero; the depths
-    // from the sprite's table when it has one.
+    // from the sprite's table when it has one. Whole: the block lies inside
+    // the run. The partial block is copied lane by lane, which the compiler
+    // may turn into library calls: it is kept out of the loops (see below).
+    template <bool Whole>
     [[gnu::always_inline]] static void inputs(const SpriteRun &run, int at, int n, Ints &coverage, Floats &nx,
                                               Floats &ny, Doubles &depth) {
-        if (at + M <= n) {
+        if (Whole) {
             coverage = load<Ints>(run.intensity + at);
             nx = load<Floats>(run.normal_x + at);
             ny = load<Floats>(run.normal_y + at);
@@ -150,17 +180,28 @@ struct Kernel {
         depth = depth_of(nx, ny);
     }
 
-    [[gnu::always_inline]] static void run_terms(const BubbleShade &c, const SpriteRun &run, int n, int32_t *lit,
-                                                 int32_t *high) {
+    template <bool Whole>
+    [[gnu::always_inline]] static void terms_block(const BubbleTerms &c, const UnitPowerTables &t,
+                                                   const SpriteRun &run, int at, int n, int32_t *lit,
+                                                   int32_t *high) {
+        Ints coverage, lit_block, high_block;
+        Floats nx, ny;
+        Doubles depth;
+        inputs<Whole>(run, at, n, coverage, nx, ny, depth);
+        terms(c, t, coverage, nx, ny, depth, lit_block, high_block);
+        for (int i = 0; i < M && at + i < n; ++i) lit[at + i] = lit_block[i], high[at + i] = high_block[i];
+    }
+
+    // The whole blocks in a loop with no call in its body, where the
+    // bubble's terms and the constants stay in vector registers (a call
+    // would clobber them all), then the partial block alone.
+    [[gnu::always_inline]] static void run_terms(const BubbleShade &shade, const SpriteRun &run, int n,
+                                                 int32_t *lit, int32_t *high) {
+        const BubbleTerms c(shade);
         const UnitPowerTables &t = UnitPowerTables::get();
-        for (int at = 0; at < n; at += M) {
-            Ints coverage, lit_block, high_block;
-            Floats nx, ny;
-            Doubles depth;
-            inputs(run, at, n, coverage, nx, ny, depth);
-            terms(c, t, coverage, nx, ny, depth, lit_block, high_block);
-            for (int i = 0; i < M && at + i < n; ++i) lit[at + i] = lit_block[i], high[at + i] = high_block[i];
-        }
+        int at = 0;
+        for (; at + M <= n; at += M) terms_block<true>(c, t, run, at, n, lit, high);
+        if (at < n) terms_block<false>(c, t, run, at, n, lit, high);
     }
 
     [[gnu::always_inline]] static Ints clamp15(const Ints &value) {
@@ -170,14 +211,14 @@ struct Kernel {
 
     // blend_pixel without a reflection, on a block of pixels: 16-bit red,
     // green, blue and alpha in each 64-bit lane.
-    [[gnu::always_inline]] static Longs blend(const BubbleShade &c, double strength, const Ints &coverage,
+    [[gnu::always_inline]] static Longs blend(const BubbleTerms &c, double strength, const Ints &coverage,
                                               const Ints &lit, const Ints &high, const Longs &pixels) {
         // k = strength * lit below 2^53, exact; w = k >> 15 is its exact
         // scaling truncated.
         const Doubles k = strength * __builtin_convertvector(lit, Doubles);
         const Doubles scaled = k * (1.0 / 32768);
         const Ints w = __builtin_convertvector(scaled > 32768.0 ? Doubles{} + 32768.0 : scaled, Ints);
-        if constexpr (Isa::kChannelBlend) return Isa::channel_blend(c, w, high, coverage, pixels);
+        if constexpr (Isa::kChannelBlend) return Isa::channel_blend(c.red, c.green, c.blue, w, high, coverage, pixels);
         const Ints v = 32768 - w;
         // c.red * w + target * v <= 65535 * 32768, as w + v = 32768.
         const Ints red = __builtin_convertvector(pixels & 0xffff, Ints);
@@ -193,17 +234,53 @@ struct Kernel {
         return __builtin_convertvector(coverage != 0, Longs) ? blended : pixels;
     }
 
-    [[gnu::always_inline]] static void run_blend(const BubbleShade &c, double strength, const SpriteRun &run, int n,
-                                                 PixelQv *pixels) {
+    // A run's terms in three passes, so that neither loop holds a call
+    // (std::pow for the rare open lanes, or the partial block's copies),
+    // which would clobber every vector register: the bubble's terms and the
+    // constants then stay in registers across the blocks.
+    struct Terms {
+        alignas(64) int32_t coverage[kShadeRun + kShadeBlock];
+        alignas(64) int32_t lit[kShadeRun + kShadeBlock];
+        alignas(64) int32_t high[kShadeRun + kShadeBlock];
+        alignas(64) int32_t open[kShadeRun + kShadeBlock];
+        alignas(64) float d[kShadeRun + kShadeBlock];
+    };
+
+    // The block at `at` into the terms; whether a lane is left open.
+    template <bool Whole>
+    [[gnu::always_inline]] static bool terms_block(const BubbleTerms &c, const UnitPowerTables &t,
+                                                   const SpriteRun &run, int at, int n, Terms &out) {
+        Ints coverage, lit, high, open{};
+        Floats nx, ny, d{};
+        Doubles depth;
+        inputs<Whole>(run, at, n, coverage, nx, ny, depth);
+        if (!Isa::none(coverage)) bracketed_terms(c, t, coverage, nx, ny, depth, lit, high, d, open);
+        std::memcpy(out.coverage + at, &coverage, sizeof coverage);
+        std::memcpy(out.lit + at, &lit, sizeof lit);
+        std::memcpy(out.high + at, &high, sizeof high);
+        std::memcpy(out.open + at, &open, sizeof open);
+        std::memcpy(out.d + at, &d, sizeof d);
+        return !Isa::none(open);
+    }
+
+    [[gnu::always_inline]] static void run_blend(const BubbleShade &shade, double strength, const SpriteRun &run,
+                                                 int n, PixelQv *pixels) {
+        const BubbleTerms c(shade);
         const UnitPowerTables &t = UnitPowerTables::get();
-        for (int at = 0; at < n; at += M) {
-            Ints coverage, lit, high;
-            Floats nx, ny;
-            Doubles depth;
-            inputs(run, at, n, coverage, nx, ny, depth);
+        Terms terms;
+        bool any_open = false;
+        int at = 0;
+        for (; at + M <= n; at += M) any_open |= terms_block<true>(c, t, run, at, n, terms);
+        if (at < n) any_open |= terms_block<false>(c, t, run, at, n, terms);
+        if (any_open)
+            for (int i = 0; i < n; ++i)
+                if (terms.open[i]) settle(c, terms.coverage[i], terms.d[i], terms.lit[i], terms.high[i]);
+        // Lanes past n have no coverage: their pixels are rewritten unchanged.
+        for (at = 0; at < n; at += M) {
+            const Ints coverage = load<Ints>(terms.coverage + at);
             if (Isa::none(coverage)) continue;  // a sprite's corner
-            terms(c, t, coverage, nx, ny, depth, lit, high);
-            const Longs block = blend(c, strength, coverage, lit, high, load<Longs>(pixels + at));
+            const Longs block = blend(c, strength, coverage, load<Ints>(terms.lit + at), load<Ints>(terms.high + at),
+                                      load<Longs>(pixels + at));
             std::memcpy(pixels + at, &block, sizeof block);
         }
     }

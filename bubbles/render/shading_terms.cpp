@@ -148,13 +148,14 @@ struct Isa {
     // 32-bit lanes of their own, four pixels a register: each lane takes the
     // same integer operations as the generic code's channel lanes.
     static constexpr bool kChannelBlend = true;
-    [[gnu::always_inline]] static LaneTypes<8>::Longs channel_blend(const BubbleShade &c, const LaneTypes<8>::Ints &w,
+    [[gnu::always_inline]] static LaneTypes<8>::Longs channel_blend(int32_t red, int32_t green, int32_t blue,
+                                                                    const LaneTypes<8>::Ints &w,
                                                                     const LaneTypes<8>::Ints &high,
                                                                     const LaneTypes<8>::Ints &coverage,
                                                                     const LaneTypes<8>::Longs &pixels) {
         const __m512i words = __m512i(pixels);
-        const __m512i colour = _mm512_set_epi32(0, c.blue, c.green, c.red, 0, c.blue, c.green, c.red, 0, c.blue,
-                                                c.green, c.red, 0, c.blue, c.green, c.red);
+        const __m512i colour = _mm512_set_epi32(0, blue, green, red, 0, blue, green, red, 0, blue, green, red, 0,
+                                                blue, green, red);
         const __m512i weights = _mm512_zextsi256_si512(__m256i(w)), highs = _mm512_zextsi256_si512(__m256i(high));
         const auto half = [&](__m256i four_pixels, int first) {
             const __m512i spread = _mm512_add_epi32(
