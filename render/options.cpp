@@ -130,7 +130,7 @@ void add_render_options(CLI::App &app, RenderOptions &options) {
     add_shot_options(app, options);
     add_plate_options(app, options);
     app.add_option("--plugin", options.plugin, "The plug-in to load (default: fizzle.spark next to this program)");
-    app.add_flag("-q,--quiet", options.quiet, "No progress bar or summary");
+    app.add_flag("-q,--quiet", options.quiet, "No progress bar, summary or plug-in start-up banner");
     app.add_flag("--timings", options.timings,
                  "At the end, say where the time went: start-up, the plug-in's frame cycle, and the rest "
                  "(reading inputs, writing files)");

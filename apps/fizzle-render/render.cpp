@@ -81,7 +81,7 @@ bool reads_images(const RenderOptions &options) {
 }
 
 // Keeps what the plug-in prints at start-up off standard output, where a
-// listing is being written.
+// listing is being written or a quiet render asked for silence.
 class QuietStdout {
 public:
     explicit QuietStdout(bool quiet) {
@@ -130,7 +130,7 @@ void remove_stale_temporaries(const RenderOptions &options) {
 bool set_up_plugin(sparkhost::Host &host, const RenderOptions &options, OutputFormatCheck &check_output_format) {
     const bool listing = options.list_controls || options.list_presets;
     {
-        QuietStdout quiet(listing);
+        QuietStdout quiet(listing || options.quiet);
         host.initialise(options.first_frame);
         configure_plugin(host, options);
     }

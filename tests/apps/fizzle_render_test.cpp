@@ -89,12 +89,14 @@ TEST_F(FizzleRender, OutputDoesNotDependOnTheProcessorCount) {
             << "frame " << number;
 }
 
-// --timings adds one line, and only it, to what a quiet render prints; its
+// --timings adds one line, and only it, to what a quiet render prints (on
+// standard error; standard output stays empty); its
 // frame count is the frames written, and the two shares of the frames' time add up.
 TEST_F(FizzleRender, TimingsSayWhereTheFramesTimeWentInOneLine) {
     const RunResult result = run({"--preset", "Basic", "--frames", "3-6", "--size", "64x36", "--timings", "-q", "-o",
                                   path("t.####.png")});
     ASSERT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_EQ(result.out, "");  // not even the plug-in's start-up banner
     ASSERT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_EQ(result.err.rfind("fizzle-render: timings: ", 0), 0u) << result.err;
     EXPECT_NE(result.err.find("then 4 frames in"), std::string::npos) << result.err;
