@@ -70,12 +70,40 @@ OIIO::TypeDesc type_desc(SampleType type) {
     return OIIO::TypeDesc::FLOAT;
 }
 
+// Compositing packages often write only the part of a frame that holds
+// anything: the file's pixels (its data window) cover part of its frame (its
+// display window). The frame is the display window, 0 where the file has no
+// pixels. Pixels outside the frame (overscan) could not be kept, so such a
+// file is refused rather than cropped.
+void require_inside_display(const OIIO::ImageSpec &spec, const std::string &path) {
+    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
+        spec.y + spec.height > spec.full_y + spec.full_height)
+        throw Error(quoted(path) + " has pixels outside its display window (overscan), which a render cannot keep; "
+                    "crop it to the display window first");
+}
+
+bool fills_display(const OIIO::ImageSpec &spec) {
+    return spec.x == spec.full_x && spec.y == spec.full_y && spec.width == spec.full_width &&
+           spec.height == spec.full_height;
+}
+
+// The file's pixels placed in its display window, 0 around them.
+PlateImage in_display_window(const PlateImage &data, const OIIO::ImageSpec &spec) {
+    PlateImage frame(spec.full_width, spec.full_height, data.channels);
+    const std::size_t row_samples = std::size_t(data.width) * std::size_t(data.channels);
+    for (int y = 0; y < data.height; ++y)
+        std::memcpy(frame.row(y + spec.y - spec.full_y) + std::size_t(spec.x - spec.full_x) * std::size_t(data.channels),
+                    data.row(y), row_samples * sizeof(float));
+    return frame;
+}
+
 PlateInfo probe(const std::string &path) {
     auto input = open_input(path);
     const OIIO::ImageSpec &spec = input->spec();
+    require_inside_display(spec, path);
     PlateInfo info;
-    info.width = spec.width;
-    info.height = spec.height;
+    info.width = spec.full_width;
+    info.height = spec.full_height;
     info.channels = spec.nchannels;
     info.type = sample_type(spec);
     info.colour_space = spec.get_string_attribute("oiio:ColorSpace");
@@ -86,14 +114,16 @@ PlateImage read(const std::string &path) {
     auto input = open_input(path);
     const OIIO::ImageSpec &spec = input->spec();
     if (spec.nchannels < 1 || spec.width < 1 || spec.height < 1) throw Error(quoted(path) + " holds no pixels");
+    require_inside_display(spec, path);
     const int stored = std::min(spec.nchannels, 4);
     PlateImage file(spec.width, spec.height, stored);
     if (!input->read_image(0, 0, 0, stored, OIIO::TypeDesc::FLOAT, file.pixels.data()))
         throw Error("cannot read " + quoted(path) + ": " + one_line(input->geterror()));
+    if (!fills_display(spec)) file = in_display_window(file, spec);
     if (stored >= 3) return file;
     // Grey (and grey with alpha): the grey goes to all three colours.
-    PlateImage colour(spec.width, spec.height, stored + 2);
-    const std::size_t count = std::size_t(spec.width) * std::size_t(spec.height);
+    PlateImage colour(file.width, file.height, stored + 2);
+    const std::size_t count = std::size_t(file.width) * std::size_t(file.height);
     for (std::size_t i = 0; i < count; ++i) {
         const float *from = &file.pixels[i * std::size_t(stored)];
         float *to = &colour.pixels[i * std::size_t(colour.channels)];

@@ -3,6 +3,7 @@
 
 #include <Imath/half.h>
 #include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imagebufalgo.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -50,6 +51,50 @@ TEST(PlateFiles, FloatSamplesComeBackBitForBitNegativesHugeValuesAndNonFiniteInc
     const PlateImage back = sparkhost::read_plate(path);
     ASSERT_EQ(back.pixels.size(), image.pixels.size());
     for (std::size_t i = 0; i < image.pixels.size(); ++i) EXPECT_EQ(bits(back.pixels[i]), bits(image.pixels[i])) << i;
+}
+
+// A plate written with only part of its frame's pixels (a data window inside
+// the display window) is the whole frame, 0 around its pixels; one with
+// pixels outside its frame is refused, naming the file.
+TEST(PlateFiles, APlateWithPixelsForPartOfItsFrameIsTheFrameAndOverscanIsRefused) {
+    auto write_window = [](const std::string &name, int x, int y, int width, int height) {
+        OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::HALF);
+        spec.x = x;
+        spec.y = y;
+        spec.full_x = spec.full_y = 0;
+        spec.full_width = 8;
+        spec.full_height = 6;
+        OIIO::ImageBuf image(spec);
+        const float value[3] = {16.0f, -0.125f, 0.5f};  // exact in half
+        OIIO::ImageBufAlgo::fill(image, value);
+        EXPECT_TRUE(image.write(output_path(name))) << image.geterror();
+        return output_path(name);
+    };
+    const std::string inside = write_window("plate_window.exr", 2, 1, 3, 4);
+    const sparkhost::PlateInfo info = sparkhost::probe_plate(inside);
+    EXPECT_EQ(info.width, 8);
+    EXPECT_EQ(info.height, 6);
+    const PlateImage plate = sparkhost::read_plate(inside);
+    ASSERT_EQ(plate.width, 8);
+    ASSERT_EQ(plate.height, 6);
+    for (int y = 0; y < 6; ++y)
+        for (int x = 0; x < 8; ++x) {
+            const bool held = x >= 2 && x < 5 && y >= 1 && y < 5;
+            EXPECT_EQ(plate.row(y)[3 * x], held ? 16.0f : 0.0f) << x << "," << y;
+            EXPECT_EQ(plate.row(y)[3 * x + 1], held ? -0.125f : 0.0f) << x << "," << y;
+        }
+    const std::string overscan = write_window("plate_overscan.exr", -2, 0, 12, 6);
+    for (auto call : {+[](const std::string &path) { sparkhost::probe_plate(path); },
+                      +[](const std::string &path) { sparkhost::read_plate(path); }}) {
+        try {
+            call(overscan);
+            ADD_FAILURE() << "overscan accepted";
+        } catch (const sparkhost::Error &error) {
+            const std::string text = error.what();
+            EXPECT_NE(text.find("plate_overscan.exr"), std::string::npos) << text;
+            EXPECT_NE(text.find("outside its display window"), std::string::npos) << text;
+        }
+    }
 }
 
 // Half rounding must be the image library's to the bit, or a half plate
