@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "sparkhost/core/error.h"
+#include "sparkhost/files/imageio/display_window.h"
 #include "sparkhost/plates/half_samples.h"
 
 namespace sparkhost {
@@ -68,23 +69,6 @@ OIIO::TypeDesc type_desc(SampleType type) {
     case SampleType::UInt8: return OIIO::TypeDesc::UINT8;
     }
     return OIIO::TypeDesc::FLOAT;
-}
-
-// Compositing packages often write only the part of a frame that holds
-// anything: the file's pixels (its data window) cover part of its frame (its
-// display window). The frame is the display window, 0 where the file has no
-// pixels. Pixels outside the frame (overscan) could not be kept, so such a
-// file is refused rather than cropped.
-void require_inside_display(const OIIO::ImageSpec &spec, const std::string &path) {
-    if (spec.x < spec.full_x || spec.y < spec.full_y || spec.x + spec.width > spec.full_x + spec.full_width ||
-        spec.y + spec.height > spec.full_y + spec.full_height)
-        throw Error(quoted(path) + " has pixels outside its display window (overscan), which a render cannot keep; "
-                    "crop it to the display window first");
-}
-
-bool fills_display(const OIIO::ImageSpec &spec) {
-    return spec.x == spec.full_x && spec.y == spec.full_y && spec.width == spec.full_width &&
-           spec.height == spec.full_height;
 }
 
 // The file's pixels placed in its display window, 0 around them.

@@ -13,6 +13,7 @@
 
 #include "sparkhost/files/atomic_file.h"
 #include "sparkhost/core/error.h"
+#include "sparkhost/files/imageio/display_window.h"
 #include "sparkhost/files/imageio/checked_output.h"
 #include "sparkhost/files/imageio/file_pixels.h"
 #include "sparkhost/files/regular_file.h"
@@ -64,11 +65,12 @@ void apply_compression(const std::string &extension, const std::string &chosen, 
 ImageSize probe_image(const std::string &path) {
     auto input = open_input(path);
     const OIIO::ImageSpec &spec = input->spec();
-    return {spec.width, spec.height};
+    require_inside_display(spec, path);
+    return {spec.full_width, spec.full_height};
 }
 
-Frame read_image(const std::string &path, Depth depth) {
-    auto input = open_input(path);
+// The file's pixels (its data window) as a frame of their own.
+Frame read_pixels(OIIO::ImageInput *input, const std::string &path, Depth depth) {
     const OIIO::ImageSpec &spec = input->spec();
     int channels = spec.nchannels;
     if (channels < 1 || spec.width < 1 || spec.height < 1)
@@ -115,6 +117,23 @@ Frame read_image(const std::string &path, Depth depth) {
                 frame.set_value(x, y, c, value);
             }
         }
+    }
+    return frame;
+}
+
+Frame read_image(const std::string &path, Depth depth) {
+    auto input = open_input(path);
+    const OIIO::ImageSpec &spec = input->spec();
+    require_inside_display(spec, path);
+    Frame pixels = read_pixels(input.get(), path, depth);
+    if (fills_display(spec)) return pixels;
+    // Placed in the display window; frame rows count from the bottom.
+    Frame frame(FrameFormat{spec.full_width, spec.full_height, depth});
+    const std::size_t row_bytes = pixels.format().row_bytes();
+    const std::size_t left = std::size_t(spec.x - spec.full_x) * std::size_t(frame.format().bytes_per_pixel());
+    for (int file_row = 0; file_row < spec.height; ++file_row) {
+        const int y = spec.full_height - 1 - (file_row + spec.y - spec.full_y);
+        std::memcpy(frame.row(y) + left, pixels.row(spec.height - 1 - file_row), row_bytes);
     }
     return frame;
 }

@@ -187,3 +187,45 @@ TEST(ImageFiles, AFileCutShortIsRefusedInEveryFormat) {
         }
     }
 }
+
+// A matte written with pixels for part of its frame (a data window inside
+// the display window) is the whole frame, black around its pixels, at both
+// depths; overscan is refused by name.
+TEST(ImageFiles, AFileWithPixelsForPartOfItsFrameIsTheWholeFrame) {
+    TempDir dir;
+    auto write_window = [&dir](const std::string &name, int x, int y, int width, int height) {
+        OIIO::ImageSpec spec(width, height, 3, OIIO::TypeDesc::HALF);
+        spec.x = x;
+        spec.y = y;
+        spec.full_x = spec.full_y = 0;
+        spec.full_width = 8;
+        spec.full_height = 6;
+        const std::vector<float> white(std::size_t(width) * std::size_t(height) * 3, 1.0f);
+        auto output = OIIO::ImageOutput::create(dir.file(name));
+        EXPECT_TRUE(output && output->open(dir.file(name), spec) &&
+                    output->write_image(OIIO::TypeDesc::FLOAT, white.data()) && output->close());
+        return dir.file(name);
+    };
+    const std::string inside = write_window("window.exr", 2, 0, 3, 3);
+    EXPECT_EQ(probe_image(inside).width, 8);
+    for (Depth depth : {Depth::Bits8, Depth::Bits12}) {
+        const Frame frame = read_image(inside, depth);
+        ASSERT_EQ(frame.width(), 8);
+        ASSERT_EQ(frame.height(), 6);
+        // File rows 0..2 from the top are frame rows 5..3 from the bottom.
+        for (int y = 0; y < 6; ++y)
+            for (int x = 0; x < 8; ++x) {
+                const bool held = x >= 2 && x < 5 && y >= 3;
+                EXPECT_EQ(frame.value(x, y, 1), held ? frame.format().max_value() : 0) << x << "," << y;
+            }
+    }
+    const std::string overscan = write_window("overscan.exr", 0, -1, 8, 8);
+    try {
+        read_image(overscan, Depth::Bits8);
+        ADD_FAILURE() << "overscan accepted";
+    } catch (const Error &error) {
+        EXPECT_NE(std::string(error.what()).find("overscan.exr' has pixels outside its display window"),
+                  std::string::npos)
+            << error.what();
+    }
+}
