@@ -206,6 +206,44 @@ void PlateOutput::work() {
     }
 }
 
+// The frame's layer (in scratch) over its plate, in scratch.plate.
+const sparkhost::PlateImage &PlateOutput::composite_frame(int frame, Scratch &scratch) {
+    const std::string plate_path = scene_.path(scene_.is_sequence() ? frame : 0);
+    sparkhost::PlateImage &plate = scratch.plate;
+    std::size_t non_finite = 0;
+    try {
+        if (!scene_.is_sequence()) {
+            // A still plate is read once; each frame composites over it.
+            std::shared_ptr<const sparkhost::PlateImage> still;
+            {
+                std::lock_guard<std::mutex> lock(still_mutex_);
+                if (!still_plate_) {
+                    still_plate_ = std::make_shared<sparkhost::PlateImage>(sparkhost::read_plate(plate_path));
+                    still_non_finite_ = sparkhost::count_non_finite(*still_plate_);
+                }
+                still = still_plate_;
+                non_finite = still_non_finite_;
+            }
+            sparkhost::composite_over(scratch.layer, *still, plate);
+        } else {
+            plate = sparkhost::read_plate(plate_path);
+            non_finite = sparkhost::count_non_finite(plate);
+            sparkhost::composite_over(scratch.layer, plate);
+        }
+    } catch (const Error &error) {
+        throw Error(std::string("scene input: ") + error.what());
+    }
+    if (non_finite) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (!warned_non_finite_)
+            pending_notes_.push_back("scene '" + plate_path + "' holds " + std::to_string(non_finite) +
+                                     " NaN or infinite values: kept where no bubble falls, carried through "
+                                     "the over operation under bubbles");
+        warned_non_finite_ = true;
+    }
+    return plate;
+}
+
 void PlateOutput::write_frame(const Job &job, Scratch &scratch) {
     const PlateOptions &plates = options_.plates;
     sparkhost::PlateImage &layer = scratch.layer;
@@ -221,39 +259,7 @@ void PlateOutput::write_frame(const Job &job, Scratch &scratch) {
         sparkhost::write_plate(*layer_file, layer, plates.layer_type, layer_compression(path));
     }
     if (float_scene_) {
-        const std::string plate_path = scene_.path(scene_.is_sequence() ? job.number : 0);
-        sparkhost::PlateImage &plate = scratch.plate;
-        std::size_t non_finite = 0;
-        try {
-            if (!scene_.is_sequence()) {
-                // A still plate is read once; each frame composites over it.
-                std::shared_ptr<const sparkhost::PlateImage> still;
-                {
-                    std::lock_guard<std::mutex> lock(still_mutex_);
-                    if (!still_plate_) {
-                        still_plate_ = std::make_shared<sparkhost::PlateImage>(sparkhost::read_plate(plate_path));
-                        still_non_finite_ = sparkhost::count_non_finite(*still_plate_);
-                    }
-                    still = still_plate_;
-                    non_finite = still_non_finite_;
-                }
-                sparkhost::composite_over(layer, *still, plate);
-            } else {
-                plate = sparkhost::read_plate(plate_path);
-                non_finite = sparkhost::count_non_finite(plate);
-                sparkhost::composite_over(layer, plate);
-            }
-        } catch (const Error &error) {
-            throw Error(std::string("scene input: ") + error.what());
-        }
-        if (non_finite) {
-            std::lock_guard<std::mutex> lock(mutex_);
-            if (!warned_non_finite_)
-                pending_notes_.push_back("scene '" + plate_path + "' holds " + std::to_string(non_finite) +
-                                         " NaN or infinite values: kept where no bubble falls, carried through "
-                                         "the over operation under bubbles");
-            warned_non_finite_ = true;
-        }
+        const sparkhost::PlateImage &plate = composite_frame(job.number, scratch);
         const std::string path = output_.path(job.number);
         output_file = std::make_unique<sparkhost::AtomicFile>(path);
         sparkhost::write_plate(*output_file, plate, scene_type_,

@@ -68,6 +68,7 @@ private:
     std::string space_of(const std::string &pattern, const sparkhost::PlateInfo &info) const;
     void work();
     void write_frame(const Job &job, Scratch &scratch);
+    const sparkhost::PlateImage &composite_frame(int frame, Scratch &scratch);
     void throw_failure();
     void flush_notes();
 
